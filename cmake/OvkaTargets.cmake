@@ -1,0 +1,81 @@
+# How every target of the project is made: one interface target for the options, one function a kind.
+
+add_library(ovka_options INTERFACE)
+target_compile_features(ovka_options INTERFACE cxx_std_20)
+target_compile_options(
+  ovka_options
+  INTERFACE -Wall
+            -Wextra
+            -Wpedantic
+            -Wshadow
+            -Wconversion
+            -Werror
+            # Rounding is part of the system: no fused multiply-add where the source has two operations.
+            -ffp-contract=off
+            -fno-fast-math)
+
+if(OVKA_SANITIZE)
+  target_compile_options(ovka_options INTERFACE -fsanitize=${OVKA_SANITIZE} -fno-omit-frame-pointer
+                                                -fno-sanitize-recover=all)
+  target_link_options(ovka_options INTERFACE -fsanitize=${OVKA_SANITIZE})
+  # The sanitizers' own instrumentation sets off false reports of these two in GCC 12.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(ovka_options INTERFACE -Wno-maybe-uninitialized -Wno-tsan)
+  endif()
+endif()
+
+# ovka_library(NAME [DEPENDS target...]): a room: every .cpp file of this folder. It shows only its own
+# folder to others, so an include that runs up the house does not compile.
+function(ovka_library name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  add_library(${name} STATIC ${sources})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC ovka_options ${ARG_DEPENDS})
+endfunction()
+
+# ovka_headers(NAME [DEPENDS target...]): a room of headers only.
+function(ovka_headers name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  add_library(${name} INTERFACE)
+  target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} INTERFACE ovka_options ${ARG_DEPENDS})
+endfunction()
+
+# ovka_test(FOLDER [DEPENDS target...] [LABELS label...] [TIMEOUT seconds]): the doctest program of every
+# .cpp file in tests/FOLDER, one CTest entry a test case. A case that prints "skipped: REASON" counts as
+# skipped, not as passed.
+function(ovka_test folder)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "DEPENDS;LABELS" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set(labels "")
+  if(ARG_LABELS)
+    set(labels LABELS "${ARG_LABELS}")
+  endif()
+  string(REPLACE "/" "_" name "test_${folder}")
+  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp)
+  add_executable(${name} ${sources} ${PROJECT_SOURCE_DIR}/tests/support/main.cpp)
+  target_link_libraries(${name} PRIVATE ovka_options doctest::doctest ${ARG_DEPENDS})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support)
+  doctest_discover_tests(
+    ${name}
+    TEST_PREFIX "${folder}: "
+    PROPERTIES TIMEOUT ${ARG_TIMEOUT} SKIP_REGULAR_EXPRESSION "skipped: " ${labels})
+endfunction()
+
+# ovka_benchmark(NAME source... [DEPENDS target...]): a Google Benchmark program.
+function(ovka_benchmark name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE ovka_options benchmark::benchmark ${ARG_DEPENDS})
+endfunction()
+
+# ovka_fuzzer(NAME source... [DEPENDS target...]): a libFuzzer program (clang only).
+function(ovka_fuzzer name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE ovka_options ${ARG_DEPENDS})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+endfunction()
