@@ -14,6 +14,11 @@ target_compile_options(
             -ffp-contract=off
             -fno-fast-math)
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # GCC 12 warns falsely about string concatenation (its bug 105651).
+  target_compile_options(ovka_options INTERFACE -Wno-restrict)
+endif()
+
 if(OVKA_SANITIZE)
   target_compile_options(ovka_options INTERFACE -fsanitize=${OVKA_SANITIZE} -fno-omit-frame-pointer
                                                 -fno-sanitize-recover=all)

@@ -1,0 +1,174 @@
+#include <cerrno>
+#include <doctest/doctest.h>
+#include <string>
+#include <vector>
+
+#include "AmplifierBench.h"
+
+namespace {
+
+using ovka::testing::AmplifierBench;
+using Device = ovka::testing::FakeSerialPorts::Device;
+using Step = ovka::testing::FakeSerialPorts::Step;
+namespace amplifier = ovka::amplifier;
+namespace buffer = ovka::buffer;
+
+const std::string kLine = "800 800 800 800\r";
+
+struct PollBench : AmplifierBench {
+  Device& device = greeting("/dev/a");
+  PollBench() {
+    REQUIRE(ports.openInput(1, "/dev/a").descriptor >= 0);
+    buffer::setRecModeX = 2;
+  }
+  void poll(const std::string& bytes) {
+    if (!bytes.empty()) device.input.push_back(bytes);
+    ports.getFromPortNew();
+  }
+};
+
+TEST_CASE("four reads make a batch; polls that find nothing do not count") {
+  PollBench bench;
+  for (int read = 0; read < 3; ++read) bench.poll(kLine);
+  bench.poll("");
+  bench.poll("");
+  CHECK(buffer::ploop == 0);
+  bench.poll(kLine);
+  CHECK(buffer::ploop == 4);
+  CHECK(bench.store.storedValue(1, 0) == 3072);
+}
+
+TEST_CASE("what is not polled") {
+  struct Case {
+    std::uint32_t model;
+    std::int32_t open;
+    std::int32_t noAccess;
+  };
+  for (const Case& c : std::vector<Case>{{4, 1, 0}, {0, 0, 0}, {0, 1, 1}, {12, 1, 0}}) {
+    PollBench bench;
+    buffer::SelectDevice = c.model;
+    amplifier::openPort = c.open;
+    amplifier::setNoPortAccess = c.noAccess;
+    for (int read = 0; read < 4; ++read) bench.poll(kLine);
+    CHECK(bench.device.input.size() == 4);
+    CHECK(buffer::ploop == 0);
+  }
+}
+
+TEST_CASE("ports 2 to 4 are read alone by their own polls") {
+  AmplifierBench bench;
+  std::vector<Device*> devices;
+  for (int port = 1; port <= 4; ++port) {
+    const std::string path = "/dev/" + std::to_string(port);
+    devices.push_back(&bench.greeting(path));
+    REQUIRE(bench.ports.openInput(port, path).descriptor >= 0);
+    devices.back()->input = {kLine};
+  }
+  bench.ports.getFromPort3New();
+  CHECK(devices[1]->input.size() == 1);
+  CHECK(devices[2]->input.empty());
+  bench.ports.getFromPort2New();
+  bench.ports.getFromPort4New();
+  CHECK(devices[0]->input.size() == 1);
+  CHECK(devices[3]->input.empty());
+}
+
+TEST_CASE("playing back follows the annotation track") {
+  PollBench bench;
+  buffer::setRecModeX = 0;
+  bench.shell.annotations.lengthOfTime = 777;
+  bench.poll(kLine);
+  CHECK(buffer::ploop == 777);
+  CHECK(bench.device.input.size() == 1);
+  buffer::setPauseX = 1;
+  bench.shell.annotations.lengthOfTime = 900;
+  bench.poll("");
+  CHECK(buffer::ploop == 777);
+}
+
+TEST_CASE("the end of the buffer as a poll finds it") {
+  struct Case {
+    const char* what;
+    std::int32_t mode, loop, autoSave, pauseBefore;
+    std::int64_t before, after;
+    std::int32_t pauseAfter;
+    long rewinds;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"not there yet", 2, 0, 1, 0, 1999, 1999, 0, 0},
+           {"stops and pauses", 2, 0, 1, 0, 2005, 2000, 1, 0},
+           {"a pause does not put it back", 2, 0, 0, 1, 2000, 2000, 1, 0},
+           {"looping rewinds the track", 2, 1, 0, 0, 2000, 2000, 0, 1},
+           {"recording is the decoder's affair", 1, 0, 1, 0, 2000, 2000, 0, 0},
+           {"recording stays at the end while paused", 1, 0, 0, 1, 2000, 2000, 1, 0}}) {
+    CAPTURE(c.what);
+    PollBench bench;
+    buffer::setRecModeX = c.mode;
+    buffer::setLoopModeX = c.loop;
+    buffer::AutoSaveX = c.autoSave;
+    buffer::setPauseX = c.pauseBefore;
+    buffer::ploop = c.before;
+    bench.poll("");
+    CHECK(buffer::ploop == c.after);
+    CHECK(buffer::setPauseX == c.pauseAfter);
+    CHECK(bench.shell.log.count("gotoStartWhenLoopmodeAndEnd") == c.rewinds);
+    const bool stopped = c.pauseAfter == 1 && c.mode != 1;
+    CHECK(buffer::AutoSaveX == (stopped ? 0 : c.autoSave));
+    CHECK(bench.shell.log.count("AutoSaveWhenRecEnd") == 0);
+  }
+}
+
+TEST_CASE("a recording that runs into the end within a poll stays there") {
+  PollBench bench;
+  buffer::setRecModeX = 1;
+  buffer::ploop = 1998;
+  for (int read = 0; read < 4; ++read) bench.poll(kLine);
+  CHECK(buffer::ploop == 2000);
+  CHECK(buffer::setPauseX == 1);
+}
+
+TEST_CASE("a pause within a poll puts the point back to where the poll began") {
+  PollBench bench;
+  buffer::ploop = 100;
+  for (int read = 0; read < 3; ++read) bench.poll(kLine);
+  bench.notifications.addObserver(&bench, "needUpdateDataBuffer", [] { buffer::setPauseX = 1; });
+  bench.poll(kLine);
+  CHECK(buffer::ploop == 100);
+}
+
+TEST_CASE("read errors end no poll; the line is marked for its guard") {
+  struct Case {
+    int error;
+    bool gone;
+  };
+  for (const Case& c : std::vector<Case>{{EINTR, false}, {EAGAIN, false}, {EIO, true}}) {
+    PollBench bench;
+    bench.device.errors[Step::Read] = c.error;
+    bench.poll("");
+    CHECK(bench.ports.hungUp(1) == c.gone);
+  }
+  PollBench bench;
+  bench.device.input.emplace_back();  // end of file
+  bench.poll("");
+  CHECK(bench.ports.hungUp(1));
+}
+
+TEST_CASE("a silence while acquiring is counted against the clock, other time is not") {
+  PollBench bench;
+  buffer::SampleSpeed = 1000;
+  bench.after(900);
+  bench.poll(kLine);  // before the first byte nothing is missing
+  bench.after(250);
+  bench.poll(kLine);
+  CHECK(bench.losses.gapPoints.get() == 0);
+  bench.after(251);
+  bench.poll(kLine);
+  CHECK(bench.losses.gapPoints.get() == 251);
+  bench.after(400);
+  bench.ports.gaps(1)->idle(bench.time.nanoseconds());
+  bench.after(400);
+  bench.poll(kLine);
+  CHECK(bench.losses.gapPoints.get() == 251);
+}
+
+}  // namespace
