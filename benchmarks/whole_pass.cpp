@@ -1,0 +1,45 @@
+// A whole tick of four channels (fetch, window, transform, filters, peak search, publication,
+// history) as multiples of T, FFTW3's real transform of the same length, and in microseconds:
+// without and with averaging over 64 spectra, and in the logarithmic scale. Medians of interleaved
+// rounds, one core. Usage: bench_whole_pass [rounds, 30 unless given]
+
+#include <cstdlib>
+
+#include "AnalysisRig.h"
+
+namespace {
+
+void tick(ovka::bench::AnalysisRig& rig, bool average, bool log) {
+  ovka::fft::calculationSelectX = average ? 1 : 0;
+  ovka::fft::LOGpowerONed = log ? 1 : 0;
+  rig.oneFrame();
+  rig.engine->timerUpdate();
+}
+
+void measure(ovka::bench::AnalysisRig& rig, std::int32_t index, int rounds) {
+  rig.use(index);
+  ovka::fft::selectAverageTime(6);
+  const ovka::bench::Peer peer(128 << index);
+  ovka::bench::Interleaved work;
+  work.add("T", [&] { peer.run(); });
+  work.add("pass", [&] { tick(rig, false, false); });
+  work.add("pass, average of 64", [&] { tick(rig, true, false); });
+  work.add("pass, log", [&] { tick(rig, false, true); });
+  work.run(rounds, 400e-6);
+  const double unit = work.median(0);
+  std::printf("%8d %10.3f", 128 << index, unit * 1e6);
+  for (std::size_t i = 1; i < work.size(); ++i) {
+    std::printf(" | %8.1f us %6.2f T", work.median(i) * 1e6, work.median(i) / unit);
+  }
+  std::printf("\n");
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
+  const auto rig = std::make_unique<ovka::bench::AnalysisRig>();
+  std::printf("  points      T, us | four channels        | averaged over 64     | log scale\n");
+  for (std::int32_t index = 0; index < 10; ++index) measure(*rig, index, rounds);
+}
