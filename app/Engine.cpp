@@ -1,0 +1,111 @@
+#include "Engine.h"
+
+#include <chrono>
+
+#include "AmplifierModels.h"
+#include "AmplifierVariables.h"
+#include "AppVariables.h"
+#include "BufferVariables.h"
+#include "FFTVariables.h"
+#include "Print.h"
+#include "ThreadVariables.h"
+
+namespace ovka {
+namespace {
+
+std::atomic<Engine*> theEngine{nullptr};
+
+}  // namespace
+
+void resetAllVariables() {
+  buffer::resetVariables();
+  amplifier::resetVariables();
+  fft::resetVariables();
+  threads::resetVariables();
+  app::resetVariables();
+}
+
+Engine* Engine::current() {
+  return theEngine.load();
+}
+
+Engine::Engine(const Machine& machine)
+    : machine_((resetAllVariables(), machine)),
+      application_(notifications_),
+      annotations_(machine.clock),
+      serialPort_(machine.space, {machine.serial, notifications_, losses_, machine.clock,
+                                  annotations_, application_, application_, application_}),
+      bluetooth_(machine.bluetooth != nullptr ? *machine.bluetooth : noBluetooth_, nullptr,
+                 serialPort_),
+      guard_(serialPort_, losses_, machine.clock),
+      polling_(serialPort_),
+      inputStream_({machine.threads, notifications_, polling_, application_, quiet_, quiet_, quiet_,
+                    quiet_, quiet_, quiet_}),
+      fft_(std::make_unique<QZFFT>(serialPort_, machine.mainLoop)) {
+  serialPort_.setBluetoothCommands(&bluetooth_);
+  serialPort_.setInitbitrevAndFFT([this] { fft_->fftinit(fft::fftpX, fft::windSape); });
+  addSettings();
+  addActions();
+  theEngine = this;
+}
+
+Engine::~Engine() {
+  stop();
+  theEngine = nullptr;
+}
+
+std::string Engine::start() {
+  if (!serialPort_.initMalloc(buffer::maxploop)) {
+    return "there is not enough memory for a recording of " + std::to_string(buffer::maxploop) +
+           " points; choose a shorter one with --set MaxTimeActionX=0";
+  }
+  serialPort_.recCleare();
+  fft_->fftinit(fft::fftpX, fft::windSape);
+  fft_->fftinit2(fft::fftpX, fft::windSape);
+  inputStream_.initializeThred();
+  machine_.threads.repeat("lineGuard", LineGuard::kTick, [this] { guard_.tick(); });
+  started_ = true;
+  return {};
+}
+
+void Engine::stop() {
+  if (stopped_) return;
+  stopped_ = true;
+  serialPort_.stopWaiting();
+  machine_.threads.stopAll();
+  bluetooth_.closeConnectonAction();
+  for (std::int32_t port = 1; port <= AmplifierPorts::kInputs; ++port) closeAmplifier(port);
+}
+
+Engine::Opened Engine::openAmplifier(const std::string& path, std::int32_t port) {
+  Opened opened = serialPort_.openInput(port, path);
+  if (opened.explanation.empty()) {
+    buffer::setRecModeX = kRecording;
+    buffer::setPauseX = 0;
+  }
+  return opened;
+}
+
+void Engine::closeAmplifier(std::int32_t port) {
+  if (serialPort_.lineState(port) != AmplifierPorts::LineState::Closed)
+    serialPort_.closeInput(port);
+}
+
+std::string Engine::assign(const std::string& nameAndValue) {
+  return settings_.assign(nameAndValue);
+}
+
+QZSerialPort& QZSerialPort::sharedQZSerialPort() {
+  return Engine::current()->serialPort();
+}
+QZInputStream& QZInputStream::sharedQZInputStream() {
+  return Engine::current()->inputStream();
+}
+QZFFT& QZFFT::sharedQZFFT() {
+  return Engine::current()->fft();
+}
+RFCOMMSPPController& RFCOMMSPPController::sharedRFCOMMSPPController() {
+  return Engine::current()->bluetooth();
+}
+
+}  // namespace ovka

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CaptureReader.h"
+#include "Engine.h"
+#include "HeapAddressSpace.h"
+#include "ManualTime.h"
+#include "ReplaySerialPorts.h"
+
+namespace ovka {
+
+/// A capture run through the whole chain on a manual clock: the system's own opening, polls, timers
+/// and analysis, faster than real time and the same on every run. One thread.
+class ReplaySession {
+ public:
+  ReplaySession();
+  ~ReplaySession();
+
+  /// Why a session could not be opened.
+  enum class Problem : std::uint8_t { None, File, Setting, Memory };
+  struct Opened {
+    Problem problem = Problem::None;
+    std::string explanation;  ///< one line; empty when open
+  };
+
+  /// Opens a capture, takes over its settings, then the caller's ("fftp=2048", each), starts the
+  /// engine and opens the captured lines.
+  [[nodiscard]] Opened open(const std::string& path, const std::vector<std::string>& assignments);
+
+  /// Moves the clock on. False once the capture has nothing left and what was on its way has
+  /// arrived.
+  bool step(std::chrono::nanoseconds duration);
+  /// Runs to the end of the capture.
+  void run();
+
+  /// Empty, or why the capture ended before its end: "cut off at byte N after K blocks".
+  [[nodiscard]] const std::string& damage() const { return reader_.error(); }
+  /// Time since the start of the capture.
+  [[nodiscard]] std::chrono::nanoseconds elapsed() const;
+  [[nodiscard]] std::uint64_t skippedBlocks() const;
+  Engine& engine() { return *engine_; }
+
+ private:
+  FileSource source_;
+  CaptureReader reader_;
+  HeapAddressSpace space_;
+  std::unique_ptr<ManualTime> time_;
+  std::unique_ptr<ReplaySerialPorts> serial_;
+  std::unique_ptr<Engine> engine_;
+  int quietSteps_ = 0;
+};
+
+}  // namespace ovka

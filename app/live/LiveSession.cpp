@@ -1,0 +1,109 @@
+#include "LiveSession.h"
+
+#include <system_error>
+#include <utility>
+
+#include "CaptureSettings.h"
+#include "Signal.h"
+
+namespace ovka {
+
+LiveSession::LiveSession() = default;
+
+LiveSession::~LiveSession() {
+  close();
+}
+
+LiveSession::Opened LiveSession::startAmplifier(const SimulatorOptions& options) {
+  std::string problem = options.validate();
+  if (!problem.empty()) return {Problem::Setting, problem};
+  std::unique_ptr<Signal> signal = makeSignal(options, problem);
+  if (signal == nullptr) return {Problem::Setting, problem};
+  problem = terminal_.open(options.link);
+  if (!problem.empty()) return {Problem::Port, problem};
+  amplifier_ = std::make_unique<VirtualAmplifier>(options, std::move(signal));
+  server_ = std::make_unique<SimulatorServer>(*amplifier_, terminal_, options.faults);
+  amplifierThreads_.loop("amplifier", [this] { return server_->serveOnce(clock_.nanoseconds()); });
+  ports_ = {terminal_.path()};
+  source_ = "virtual amplifier on " + terminal_.path();
+  return {};
+}
+
+LiveSession::Opened LiveSession::startCapture(const LiveChoice& choice) {
+  if (const int error = captureFile_.open(choice.capture, choice.overwriteCapture); error != 0) {
+    const std::string reason = error == EEXIST
+                                   ? "there is a file of that name; choose another or add --force"
+                                   : std::generic_category().message(error);
+    return {Problem::Output, "cannot write " + choice.capture + ": " + reason};
+  }
+  writer_ = std::make_unique<CaptureWriter>(captureFile_);
+  capturing_ = std::make_unique<CapturingSerialPorts>(serial_, clock_, *writer_, threads_);
+  return {};
+}
+
+LiveSession::Opened LiveSession::openPorts() {
+  std::int32_t port = 1;
+  for (const std::string& path : ports_) {
+    Engine::Opened opened = engine_->openAmplifier(path, port++);
+    if (!opened.explanation.empty()) return {Problem::Port, std::move(opened.explanation)};
+  }
+  return {};
+}
+
+LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
+  ports_ = choice.ports;
+  source_ = ports_.empty() ? std::string() : ports_.front();
+  if (choice.demo) {
+    if (Opened opened = startAmplifier(choice.amplifier); opened.problem != Problem::None) {
+      return opened;
+    }
+  }
+  if (!choice.capture.empty()) {
+    if (Opened opened = startCapture(choice); opened.problem != Problem::None) return opened;
+  }
+  SerialPorts& serial = capturing_ ? static_cast<SerialPorts&>(*capturing_) : serial_;
+  engine_ = std::make_unique<Engine>(Machine{clock_, threads_, mainLoop_, space_, serial});
+  for (const std::string& assignment : choice.assignments) {
+    std::string problem = engine_->assign(assignment);
+    if (!problem.empty()) return {Problem::Setting, std::move(problem)};
+  }
+  if (writer_ && !writer_->begin(clock_.wallNanoseconds(), captureSettings(*engine_, ports_))) {
+    return {Problem::Output, "cannot write " + choice.capture + ": " +
+                                 std::generic_category().message(writer_->failure())};
+  }
+  std::string problem = engine_->start();
+  if (!problem.empty()) return {Problem::Memory, std::move(problem)};
+  mainThread_ = std::thread([this] { mainLoop_.run(); });
+  return openPorts();
+}
+
+std::string LiveSession::close() {
+  if (std::exchange(closed_, true)) return {};
+  if (engine_) engine_->stop();
+  mainLoop_.stop();
+  if (mainThread_.joinable()) mainThread_.join();
+  threads_.stopAll();
+  amplifierThreads_.stopAll();
+  if (!capturing_) return {};
+  const bool whole = capturing_->finish();
+  const int closing = captureFile_.close();
+  if (whole && closing == 0) return {};
+  const int error = closing != 0 ? closing : capturing_->failure();
+  return "the capture " + writer_->name() +
+         " is not whole: " + std::generic_category().message(error) +
+         "; what is on disk can be read";
+}
+
+std::uint64_t LiveSession::captureLostBlocks() const {
+  return capturing_ ? capturing_->lostBlocks() : 0;
+}
+
+int LiveSession::captureFailure() const {
+  return capturing_ ? capturing_->failure() : 0;
+}
+
+std::uint64_t LiveSession::captureBytes() const {
+  return writer_ ? writer_->bytes() : 0;
+}
+
+}  // namespace ovka

@@ -1,0 +1,150 @@
+#include "Chain.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "Failure.h"
+#include "SimulatorArguments.h"
+
+namespace ovka::terminal {
+namespace {
+
+using std::chrono::nanoseconds;
+
+/// How far a replay goes before it looks whether the person asked for the end.
+constexpr nanoseconds kReplayStep = std::chrono::milliseconds(10);
+
+[[noreturn]] void refuse(LiveSession::Problem problem, const std::string& explanation) {
+  switch (problem) {
+    case LiveSession::Problem::Setting:
+      throw Failure(ExitCode::Usage, explanation);
+    case LiveSession::Problem::Port:
+      throw Failure(ExitCode::Port, explanation);
+    case LiveSession::Problem::Output:
+      throw Failure(ExitCode::Output, explanation);
+    case LiveSession::Problem::Memory:
+    case LiveSession::Problem::None:
+      break;
+  }
+  throw Failure(ExitCode::Failed, explanation);
+}
+
+[[noreturn]] void refuse(ReplaySession::Problem problem, const std::string& explanation) {
+  switch (problem) {
+    case ReplaySession::Problem::File:
+      throw Failure(ExitCode::BadInput, explanation);
+    case ReplaySession::Problem::Setting:
+      throw Failure(ExitCode::Usage, explanation);
+    case ReplaySession::Problem::Memory:
+    case ReplaySession::Problem::None:
+      break;
+  }
+  throw Failure(ExitCode::Failed, explanation);
+}
+
+/// The value that the last assignment of a name gives; empty when there is none.
+std::string assigned(const std::vector<std::string>& assignments, const std::string& name) {
+  std::string value;
+  for (const std::string& assignment : assignments) {
+    if (assignment.starts_with(name + "=")) value = assignment.substr(name.size() + 1);
+  }
+  return value;
+}
+
+}  // namespace
+
+LiveChain::LiveChain(const LiveChoice& choice) {
+  const LiveSession::Opened opened = session_.open(choice);
+  if (opened.problem != LiveSession::Problem::None) {
+    session_.close();
+    refuse(opened.problem, opened.explanation);
+  }
+  start_ = session_.clock().nanoseconds();
+}
+
+nanoseconds LiveChain::elapsed() const {
+  return nanoseconds(session_.clock().nanoseconds() - start_);
+}
+
+bool LiveChain::runTo(nanoseconds target, const StopSignals& stop) {
+  while (!stop.stopped()) {
+    const nanoseconds rest = target - elapsed();
+    if (rest <= nanoseconds::zero()) break;
+    stop.wait(rest);
+  }
+  return true;
+}
+
+void LiveChain::finish() {
+  if (const std::string problem = session_.close(); !problem.empty())
+    throw Failure(ExitCode::Output, problem);
+}
+
+ReplayChain::ReplayChain(const std::string& path, const std::vector<std::string>& assignments,
+                         Pace pace)
+    : path_(path), pace_(pace) {
+  const ReplaySession::Opened opened = session_.open(path, assignments);
+  if (opened.problem != ReplaySession::Problem::None) refuse(opened.problem, opened.explanation);
+}
+
+bool ReplayChain::runTo(nanoseconds target, const StopSignals& stop) {
+  while (elapsed() < target) {
+    if (stop.stopped()) return true;
+    if (!session_.step(std::min(kReplayStep, target - elapsed()))) return false;
+    if (pace_ == Pace::Fast) continue;
+    const nanoseconds ahead = elapsed() - (std::chrono::steady_clock::now() - start_);
+    if (ahead > nanoseconds::zero()) stop.wait(ahead);
+  }
+  return true;
+}
+
+void ReplayChain::finish() {
+  if (const std::string& damage = session_.damage(); !damage.empty()) {
+    throw Failure(ExitCode::BadInput, path_ + ": " + damage + "; everything before it was used");
+  }
+}
+
+std::vector<std::string> assignmentsOf(const Arguments& arguments) {
+  constexpr std::array<std::pair<const char*, const char*>, 3> kShort{
+      {{"model", "SelectDevice"}, {"config", "DeviceConfig"}, {"speed", "SampleSpeed"}}};
+  std::vector<std::string> assignments;
+  for (const auto& [option, name] : kShort) {
+    if (const auto value = arguments.text(option))
+      assignments.push_back(std::string(name) + "=" + *value);
+  }
+  for (std::string& assignment : arguments.all("set")) assignments.push_back(std::move(assignment));
+  return assignments;
+}
+
+LiveChoice liveChoiceOf(const Arguments& arguments) {
+  LiveChoice choice;
+  choice.assignments = assignmentsOf(arguments);
+  if (!arguments.given("demo")) {
+    refuseSignalWithoutDemo(arguments);
+    choice.ports = arguments.all("port");
+    if (choice.ports.size() > AmplifierPorts::kInputs)
+      throw Failure(ExitCode::Usage, "there are four input ports, no more");
+    return choice;
+  }
+  choice.demo = true;
+  choice.amplifier = simulatorOptionsOf(arguments);
+  // The virtual amplifier and the chain must agree on what stands on the line: --set wins, then the
+  // plain options, then the amplifier's own defaults.
+  const auto agree = [&](const char* name, std::uint32_t& amplifier) {
+    const auto value = readInteger(assigned(choice.assignments, name));
+    if (value && *value >= 0 && *value <= 16000) {
+      amplifier = static_cast<std::uint32_t>(*value);
+    } else if (!value) {
+      choice.assignments.insert(choice.assignments.begin(),
+                                std::string(name) + "=" + std::to_string(amplifier));
+    }
+  };
+  agree("SampleSpeed", choice.amplifier.samplesPerSecond);
+  agree("DeviceConfig", choice.amplifier.config);
+  agree("SelectDevice", choice.amplifier.model);
+  choice.amplifier.oldBluetooth = assigned(choice.assignments, "oldBluetooth") == "1";
+  return choice;
+}
+
+}  // namespace ovka::terminal

@@ -1,0 +1,213 @@
+#include "Commands.h"
+#include "SimulatorArguments.h"
+
+namespace ovka::terminal {
+namespace {
+
+const Option kSet = Option::text("set", "NAME=VALUE",
+                                 "Set a variable of the system by its own name, before the start; "
+                                 "'ovka settings' lists them.")
+                        .repeated();
+const Option kVerbose =
+    Option::flag("verbose", "Show the system's own console lines on standard error.");
+const Option kJson = Option::flag("json", "One JSON object a line, for scripts.");
+const Option kInterval =
+    Option::number("interval", "S", 0.01, 3600, "Seconds between two lines of output.").orElse("1");
+
+Option seconds(const std::string& what) {
+  return Option::number("seconds", "S", 0.01, 1e8, what);
+}
+
+OptionGroup chainGroup() {
+  return {"The chain", {kSet, kVerbose}};
+}
+
+OptionGroup amplifierGroup() {
+  return {"The amplifier",
+          {Option::integer("model", "N", 0, 9, "Amplifier model (SelectDevice)."),
+           Option::integer("config", "N", 0, 3,
+                           "Channels (DeviceConfig): 0 or 1 two, 2 three, 3 four or five."),
+           Option::integer("speed", "N", 1, 16000, "Samples per second (SampleSpeed).")}};
+}
+
+Option portOption() {
+  return Option::text("port", "PATH",
+                      "A serial port; 'ovka ports' lists them. Model 1 has a port a channel: give "
+                      "them in the order of its channels.")
+      .repeated();
+}
+
+Option demoOption() {
+  return Option::flag("demo", "The built-in virtual amplifier; no hardware is needed.");
+}
+
+std::vector<OptionGroup> withDemoGroups(std::vector<OptionGroup> groups) {
+  for (OptionGroup& group : signalGroups()) {
+    group.heading += " (with --demo)";
+    groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+CommandSpec liveSpec() {
+  CommandSpec spec;
+  spec.name = "live";
+  spec.summary = "Show the band powers of a living signal.";
+  spec.description =
+      "Takes samples from an amplifier and shows the power of the brain-wave bands, the strongest "
+      "peaks, the sample rate and whatever was lost. In a terminal it fills the screen ('?' "
+      "explains "
+      "the keys); otherwise it prints a line every --interval seconds. A capture plays at the "
+      "speed "
+      "at which it was recorded.";
+  spec.groups = withDemoGroups(
+      {{"Where the signal comes from",
+        {portOption(), Option::text("capture", "FILE", "A capture file."), demoOption()}},
+       amplifierGroup(),
+       {"What is shown",
+        {kJson, Option::flag("plain", "Lines of text, also in a terminal."), kInterval,
+         seconds("End after so many seconds."),
+         Option::text("do", "SELECTOR[=VALUE]",
+                      "Perform a window action after the start; 'ovka actions' lists them.")
+             .repeated()}},
+       chainGroup()});
+  spec.exclusives = {{{"port", "capture", "demo"}, true}, {{"json", "plain"}, false}};
+  spec.examples = {"ovka live --demo", "ovka live --port /dev/ttyUSB0 --model 6 --config 3",
+                   "ovka live --demo --signal sine --frequency 10 --json --seconds 10"};
+  return spec;
+}
+
+CommandSpec simulateSpec() {
+  CommandSpec spec;
+  spec.name = "simulate";
+  spec.summary = "Serve a virtual amplifier on a pseudo-terminal.";
+  spec.description =
+      "Makes a serial line that behaves as an amplifier and serves it until it is interrupted. The "
+      "first line of its output is the path to open. The same seed gives the same bytes.";
+  spec.groups = {{"The amplifier", simulatorDeviceOptions()}};
+  for (OptionGroup& group : signalGroups()) spec.groups.push_back(std::move(group));
+  spec.groups.push_back(
+      {"The line",
+       {Option::text("link", "PATH", "Also make a symbolic link of this name to the line."),
+        seconds("End after so many seconds."),
+        Option::flag("verbose", "Say on standard error when a host comes and goes.")}});
+  spec.examples = {"ovka simulate --model 0 --config 1 --link /tmp/amplifier",
+                   "ovka simulate --signal sine --microvolts 50 --drop 0.001"};
+  return spec;
+}
+
+CommandSpec portsSpec() {
+  CommandSpec spec;
+  spec.name = "ports";
+  spec.summary = "List the serial ports.";
+  spec.description =
+      "Lists the serial ports of this machine, by their stable names where it has them.";
+  spec.groups = {{"Options", {kJson}}};
+  return spec;
+}
+
+CommandSpec captureSpec() {
+  CommandSpec spec;
+  spec.name = "capture";
+  spec.summary = "Record the raw bytes of an amplifier into a file.";
+  spec.description =
+      "Keeps every received block exactly, with its arrival time, until it is interrupted. "
+      "Replaying "
+      "the file gives the same samples and the same analysis, bit for bit.";
+  spec.positionals = {{"FILE", "The capture file to write."}};
+  spec.groups = withDemoGroups({{"Where the signal comes from", {portOption(), demoOption()}},
+                                amplifierGroup(),
+                                {"The file",
+                                 {seconds("End after so many seconds."),
+                                  Option::flag("force", "Overwrite a file of that name.")}},
+                                chainGroup()});
+  spec.exclusives = {{{"port", "demo"}, true}};
+  spec.examples = {"ovka capture night.cap --port /dev/ttyUSB0 --model 6",
+                   "ovka capture demo.cap --demo --seconds 60"};
+  return spec;
+}
+
+const Positional kCapture{"CAPTURE", "A file that 'ovka capture' wrote."};
+
+CommandSpec replaySpec() {
+  CommandSpec spec;
+  spec.name = "replay";
+  spec.summary = "Run a capture through the whole chain, faster than real time.";
+  spec.description =
+      "Hands the recorded blocks to the chain at their recorded times on a clock of its own and "
+      "prints what 'live' prints, every --interval seconds of the recording. The settings are "
+      "those "
+      "of the capture, then those of --set.";
+  spec.positionals = {kCapture};
+  spec.groups = {{"What is shown", {kJson, kInterval}}, chainGroup()};
+  spec.examples = {"ovka replay night.cap --interval 60"};
+  return spec;
+}
+
+CommandSpec decodeSpec() {
+  CommandSpec spec;
+  spec.name = "decode";
+  spec.summary = "Turn a capture into columns of samples.";
+  spec.description =
+      "Prints a CSV with the header point,ch0,ch1,ch2,ch3,ch4 and the stored integers of every "
+      "sample point.";
+  spec.positionals = {kCapture};
+  spec.groups = {
+      {"What is shown",
+       {Option::flag("read", "The values as readers get them: mapped, signed and scaled.")}},
+      chainGroup()};
+  spec.examples = {"ovka decode night.cap > night.csv"};
+  return spec;
+}
+
+CommandSpec analyseSpec() {
+  CommandSpec spec;
+  spec.name = "analyse";
+  spec.summary = "Spectra, bands and peaks at given points of a capture, as JSON.";
+  spec.description =
+      "Prints a line of JSON a point: the spectrum and the complex coefficients of every channel, "
+      "its bands and its peaks, of the samples that end at the point. Numbers read back exactly.";
+  spec.positionals = {kCapture};
+  spec.groups = {{"What is analysed",
+                  {Option::integer("at", "POINT", 0, 130592000,
+                                   "A sample point, at most the number of samples in the capture.")
+                       .repeated(),
+                   Option::flag("coherence", "Add the coherence of all channel pairs.")}},
+                 chainGroup()};
+  spec.exclusives = {{{"at"}, true}};
+  spec.examples = {"ovka analyse night.cap --at 4096 --at 8192 --set fftp=2048"};
+  return spec;
+}
+
+CommandSpec settingsSpec() {
+  CommandSpec spec;
+  spec.name = "settings";
+  spec.summary = "List the variables that --set changes.";
+  spec.description =
+      "Lists the process-wide variables of the system by its own names, with default, range and "
+      "meaning. Those that the system itself keeps are listed with --all.";
+  spec.groups = {{"Options",
+                  {kJson, Option::flag("all", "Also the variables that cannot be set."),
+                   Option::text("find", "WORD", "Only those with this word in name or meaning.")}}};
+  return spec;
+}
+
+CommandSpec actionsSpec() {
+  CommandSpec spec;
+  spec.name = "actions";
+  spec.summary = "List the window actions that 'live --do' performs.";
+  spec.description = "Lists the window actions of the system by their selectors.";
+  spec.groups = {{"Options", {kJson}}};
+  return spec;
+}
+
+}  // namespace
+
+const std::vector<CommandSpec>& commandSpecs() {
+  static const std::vector<CommandSpec> kSpecs{liveSpec(),    simulateSpec(), portsSpec(),
+                                               captureSpec(), replaySpec(),   decodeSpec(),
+                                               analyseSpec(), settingsSpec(), actionsSpec()};
+  return kSpecs;
+}
+
+}  // namespace ovka::terminal
