@@ -41,11 +41,13 @@ class SharedArray {
   /// Copies elements first, first + 1, ... into `out`.
   void snapshot(std::size_t first, std::span<T> out) const noexcept {
     T* from = data_ + first;
+#pragma GCC unroll 8
     for (T& value : out) value = std::atomic_ref<T>(*from++).load(std::memory_order_relaxed);
   }
   /// Copies `in` to elements first, first + 1, ...
   void publish(std::size_t first, std::span<const T> in) noexcept {
     T* to = data_ + first;
+#pragma GCC unroll 8
     for (const T& value : in) std::atomic_ref<T>(*to++).store(value, std::memory_order_relaxed);
   }
 

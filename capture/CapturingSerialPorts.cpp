@@ -140,7 +140,9 @@ class CapturingSerialPorts::Recorder {
       writer_.record(head, payload_);
       wrote = true;
     }
-    if (wrote) writer_.flush();
+    // Without a record the writer is left alone: it may not have begun yet.
+    if (!wrote) return;
+    writer_.flush();
     report();
   }
   bool take(CaptureRecordHead& head) {

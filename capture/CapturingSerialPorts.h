@@ -24,8 +24,8 @@ class CapturingSerialPorts final : public SerialPorts {
  public:
   static constexpr std::size_t kQueueBytes = 4U * 1024U * 1024U;
 
-  /// `writer` has begun, and outlives this object and the launcher's threads unless finish() was
-  /// called. Times count from now on `clock`.
+  /// `writer` begins before the first line is opened, and outlives this object and the launcher's
+  /// threads unless finish() was called. Times count from now on `clock`.
   CapturingSerialPorts(SerialPorts& lines, const Clock& clock, CaptureWriter& writer,
                        ThreadLauncher& threads, std::size_t queueBytes = kQueueBytes);
   /// Calls finish().

@@ -29,6 +29,11 @@ if(OVKA_SANITIZE)
   endif()
 endif()
 
+if(OVKA_FUZZERS)
+  # The rooms report their branches to the fuzzer; its main function comes with the fuzz programs alone.
+  target_compile_options(ovka_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # ovka_library(NAME [DEPENDS target...]): a room: every .cpp file of this folder. It shows only its own
 # folder to others, so an include that runs up the house does not compile.
 function(ovka_library name)
@@ -47,17 +52,20 @@ function(ovka_headers name)
   target_link_libraries(${name} INTERFACE ovka_options ${ARG_DEPENDS})
 endfunction()
 
-# ovka_test(FOLDER [DEPENDS target...] [LABELS label...] [TIMEOUT seconds]): the doctest program of every
-# .cpp file in tests/FOLDER, one CTest entry a test case. A case that prints "skipped: REASON" counts as
-# skipped, not as passed.
+# ovka_test(FOLDER [DEPENDS target...] [LABELS label...] [TIMEOUT seconds] [ALONE]): the doctest program of
+# every .cpp file in tests/FOLDER, one CTest entry a test case. A case that prints "skipped: REASON" counts
+# as skipped, not as passed. ALONE: no other test runs beside it, because it keeps up with real time.
 function(ovka_test folder)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "DEPENDS;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "ALONE" "TIMEOUT" "DEPENDS;LABELS" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
-  set(labels "")
+  set(properties TIMEOUT ${ARG_TIMEOUT} SKIP_REGULAR_EXPRESSION "skipped: ")
   if(ARG_LABELS)
-    set(labels LABELS "${ARG_LABELS}")
+    list(APPEND properties LABELS "${ARG_LABELS}")
+  endif()
+  if(ARG_ALONE)
+    list(APPEND properties RUN_SERIAL TRUE)
   endif()
   string(REPLACE "/" "_" name "test_${folder}")
   file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp)
@@ -67,7 +75,7 @@ function(ovka_test folder)
   doctest_discover_tests(
     ${name}
     TEST_PREFIX "${folder}: "
-    PROPERTIES TIMEOUT ${ARG_TIMEOUT} SKIP_REGULAR_EXPRESSION "skipped: " ${labels})
+    PROPERTIES ${properties})
 endfunction()
 
 # ovka_benchmark(NAME source... [DEPENDS target...]): a Google Benchmark program.
@@ -82,5 +90,6 @@ function(ovka_fuzzer name)
   cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ovka_options ${ARG_DEPENDS})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support)
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()

@@ -11,26 +11,12 @@
 #include "Clock.h"
 #include "Crc32.h"
 #include "LittleEndian.h"
+#include "MemoryBytes.h"
 #include "ReplaySerialPorts.h"
 
 using namespace ovka;
 
 namespace {
-
-class Source final : public ByteSource {
- public:
-  explicit Source(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
-  std::size_t read(std::span<std::uint8_t> out) override {
-    const std::size_t count = std::min(out.size(), bytes_.size());
-    std::copy_n(bytes_.begin(), count, out.begin());
-    bytes_ = bytes_.subspan(count);
-    return count;
-  }
-  int error() const override { return 0; }
-
- private:
-  std::span<const std::uint8_t> bytes_;
-};
 
 class HandClock final : public Clock {
  public:
@@ -61,7 +47,7 @@ void mend(std::vector<std::uint8_t>& bytes) {
 }
 
 void readThrough(std::span<const std::uint8_t> bytes) {
-  Source source(bytes);
+  MemorySource source(bytes);
   CaptureReader reader(source);
   if (!reader.begin()) return;
   CaptureRecord record;
@@ -74,7 +60,7 @@ void readThrough(std::span<const std::uint8_t> bytes) {
 }
 
 void replayThrough(std::span<const std::uint8_t> bytes) {
-  Source source(bytes);
+  MemorySource source(bytes);
   CaptureReader reader(source);
   if (!reader.begin()) return;
   HandClock clock;

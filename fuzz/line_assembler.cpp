@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <span>
 
-#include "../tests/support/RecordingShell.h"
 #include "AmplifierVariables.h"
 #include "HeapAddressSpace.h"
 #include "NotificationCenter.h"
 #include "Print.h"
+#include "RecordingShell.h"
 #include "StreamDecoder.h"
 
 // Five bytes choose model, configuration, framing, head set and filter set-up; then come blocks,

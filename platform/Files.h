@@ -55,6 +55,11 @@ class Files {
   [[nodiscard]] virtual int remove(const std::string& path) = 0;
   /// Names in a folder, sorted; empty and `*error` when it cannot be read.
   [[nodiscard]] virtual std::vector<std::string> list(const std::string& folder, int* error) = 0;
+  /// Makes new and removed names of a folder survive a power cut. May block for long.
+  [[nodiscard]] virtual int syncFolder(const std::string& folder) {
+    static_cast<void>(folder);
+    return 0;
+  }
   /// Bytes that may still be written to the disk of a folder.
   [[nodiscard]] virtual int freeBytes(const std::string& folder, std::uint64_t* bytes) = 0;
 };

@@ -35,7 +35,7 @@ need() {
 
 # What building needs; what the tests need besides; what the stricter door needs besides.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache)
-TEST_PACKAGES=(doctest-dev binutils python3-minimal)
+TEST_PACKAGES=(doctest-dev binutils gnustep-base-runtime)
 CHECK_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
 BENCH_PACKAGES=(libbenchmark-dev libfftw3-dev)
 

@@ -114,7 +114,7 @@ int AmplifierPorts::readGreeting(std::int32_t descriptor, const Opening& how, st
     const std::int64_t left = kGreetingWait - std::max(clock_.nanoseconds() - start, waited);
     if (left <= 0) break;
     const std::int64_t slice = std::min(left, kSlice);
-    const auto read = lines_.reading(descriptor, [&](std::int32_t open) -> SerialResult {
+    const auto read = lines_.readingInTurn(descriptor, [&](std::int32_t open) -> SerialResult {
       switch (serial_.waitReadable(open, static_cast<int>((slice + 999'999) / 1'000'000))) {
         case SerialWait::TimedOut:
           return {0, EAGAIN};

@@ -10,6 +10,23 @@
 
 namespace ovka {
 
+/// One holder at a time. Not a mutex: who greets an amplifier keeps the turn while time passes, and
+/// on a manual clock the polls of the other lines, with their locks, run within that wait.
+class ReadingTurn {
+ public:
+  [[nodiscard]] bool tryTake() { return !taken_.test_and_set(std::memory_order_acquire); }
+  void take() {
+    while (!tryTake()) taken_.wait(true, std::memory_order_relaxed);
+  }
+  void give() {
+    taken_.clear(std::memory_order_release);
+    taken_.notify_all();
+  }
+
+ private:
+  std::atomic_flag taken_;
+};
+
 /// The open descriptors and who uses them: one reader and one writer at a time each, and no
 /// closing while either is at work. A fixed table: looking up and using allocates nothing. Any
 /// thread.
@@ -28,15 +45,31 @@ class OpenLines {
     return false;
   }
 
-  /// Calls `use(descriptor)` as its only reader; nothing when it is not open (any more).
+  /// Calls `use(descriptor)` as its only reader; nothing when it is not open (any more), or when
+  /// somebody else reads right now: never waits.
   template <typename Use>
   auto reading(std::int32_t descriptor, Use use) {
-    return with(descriptor, &Line::reading, std::move(use));
+    return read(
+        descriptor, [](ReadingTurn& turn) { return turn.tryTake(); }, std::move(use));
   }
-  /// The same as its only writer, so that whole messages follow one another.
+  /// The same, but waits for its turn: for a greeting, which reads until it is over.
   template <typename Use>
-  auto writing(std::int32_t descriptor, Use use) {
-    return with(descriptor, &Line::writing, std::move(use));
+  auto readingInTurn(std::int32_t descriptor, Use use) {
+    const auto take = [](ReadingTurn& turn) {
+      turn.take();
+      return true;
+    };
+    return read(descriptor, take, std::move(use));
+  }
+  /// Calls `use(descriptor)` as its only writer, so that whole messages follow one another; nothing
+  /// when it is not open (any more).
+  template <typename Use>
+  auto writing(std::int32_t descriptor, Use use) -> std::optional<decltype(use(descriptor))> {
+    Line* line = find(descriptor);
+    if (line == nullptr) return std::nullopt;
+    const std::scoped_lock guard(line->writing);
+    if (line->descriptor.load() != descriptor) return std::nullopt;
+    return use(descriptor);
   }
 
   /// Takes the descriptor out and calls `close(descriptor)` once nobody uses it; false when it was
@@ -45,7 +78,9 @@ class OpenLines {
   bool closing(std::int32_t descriptor, Close close) {
     Line* line = find(descriptor);
     if (line == nullptr) return false;
-    const std::scoped_lock guard(line->reading, line->writing);
+    line->reading.take();
+    const Turn turn(line->reading);
+    const std::scoped_lock guard(line->writing);
     if (line->descriptor.load() != descriptor) return false;
     close(descriptor);
     line->descriptor.store(-1);
@@ -65,8 +100,16 @@ class OpenLines {
  private:
   struct Line {
     std::atomic<std::int32_t> descriptor{-1};
-    std::mutex reading;
+    ReadingTurn reading;  // taken before `writing` where both are
     std::mutex writing;
+  };
+  /// Gives a turn that was taken back.
+  struct Turn {
+    explicit Turn(ReadingTurn& taken) : reading(taken) {}
+    ~Turn() { reading.give(); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ReadingTurn& reading;
   };
 
   Line* find(std::int32_t descriptor) {
@@ -77,12 +120,12 @@ class OpenLines {
     return nullptr;
   }
 
-  template <typename Use>
-  auto with(std::int32_t descriptor, std::mutex Line::*lock, Use use)
+  template <typename Take, typename Use>
+  auto read(std::int32_t descriptor, Take take, Use use)
       -> std::optional<decltype(use(descriptor))> {
     Line* line = find(descriptor);
-    if (line == nullptr) return std::nullopt;
-    const std::scoped_lock guard(line->*lock);
+    if (line == nullptr || !take(line->reading)) return std::nullopt;
+    const Turn turn(line->reading);
     if (line->descriptor.load() != descriptor) return std::nullopt;
     return use(descriptor);
   }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace ovka {
 
@@ -45,6 +46,23 @@ inline constexpr std::array<std::uint8_t, 256> kHexValues = [] {
 [[nodiscard]] constexpr std::int32_t hex12(std::uint8_t d0, std::uint8_t d1,
                                            std::uint8_t d2) noexcept {
   return 256 * CharToInt(d0) + 16 * CharToInt(d1) + CharToInt(d2);
+}
+/// The same of three characters in a row.
+[[nodiscard]] constexpr std::int32_t hex12(const std::uint8_t* digits) noexcept {
+  return hex12(digits[0], digits[1], digits[2]);
+}
+
+/// True for 16 bytes of which the last one, and no other, is a carriage return.
+[[nodiscard]] inline bool endsAtLastOf16(const std::uint8_t* bytes) noexcept {
+  constexpr std::uint64_t kOnes = 0x0101010101010101U;
+  const auto differences = [bytes](std::size_t at) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes + at, sizeof word);
+    return word ^ kOnes * kCarriageReturn;
+  };
+  // The top bit of a byte stays when a zero lies in or below it: a carriage return is there.
+  const auto zeros = [](std::uint64_t word) { return (word - kOnes) & ~word & kOnes << 7U; };
+  return bytes[15] == kCarriageReturn && (zeros(differences(0)) | zeros(differences(7))) == 0;
 }
 
 }  // namespace ovka

@@ -48,10 +48,8 @@ class LineAssembler {
   [[nodiscard]] static bool holdsWholeLine(std::span<const std::uint8_t> block, std::size_t at) {
     if (block.size() - at < kLongestLine) return false;
     const std::uint8_t* line = block.data() + at;
-    if (line[kLongestLine - 1] != kCarriageReturn) return false;
-    int lineEnds = 0;  // counted, not searched for: the compiler compares all bytes at once
-    for (std::size_t i = 0; i < kLongestLine; ++i) lineEnds += line[i] == kCarriageReturn ? 1 : 0;
-    return at == 0 || lineEnds == 1;
+    if (at == 0) return line[kLongestLine - 1] == kCarriageReturn;
+    return endsAtLastOf16(line);
   }
 
   template <typename OnLine>

@@ -29,7 +29,7 @@ struct LossCause {
 
 /// All causes, in the order in which a byte meets them.
 inline constexpr std::array<LossCause, 8> kLossCauses{{
-    {"lineHangups", "line hung up", &LossCounters::lineHangups},
+    {"lineHangups", "line hang-ups", &LossCounters::lineHangups},
     {"stagingBytes", "bytes beyond the input buffer", &LossCounters::stagingBytes},
     {"droppedPackets", "oversized Bluetooth packets", &LossCounters::droppedPackets},
     {"ignoredRecords", "old Bluetooth records left out", &LossCounters::ignoredRecords},

@@ -1,30 +1,20 @@
 #include "SampleLine.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "AmplifierVariables.h"
 #include "ByteCodes.h"
-#include "Truncate.h"
+#include "SampleLineDecode.h"
 
 namespace ovka {
 namespace {
 
-constexpr std::int32_t kMiddle12 = 512;       // of the text code, as the amplifier centres it
-constexpr std::int32_t kMiddle24 = 0x800000;  // of the offset-binary code
 constexpr std::int64_t kTextOffsetStep = 20;  // offset units in one step of the text code
-constexpr std::int32_t kHexPairScale = 2000;  // of the third channel between the hex groups
 
 [[nodiscard]] std::int64_t heldOffset(std::int64_t offset) {
   constexpr std::int64_t kLimit = std::int64_t{1} << 28U;
   return std::clamp(offset, -kLimit, kLimit);
-}
-
-[[nodiscard]] std::int32_t truncated(double value) {
-  return truncateTo<std::int32_t>(value);
-}
-
-[[nodiscard]] std::int32_t negated(std::int32_t value) {
-  return truncated(-static_cast<double>(value));
 }
 
 }  // namespace
@@ -51,41 +41,32 @@ SampleLine SampleLine::current() {
 }
 
 Frame SampleLine::decode(const std::uint8_t* line) const {
-  if (model <= 3) return oldBluetooth ? decodeOldRecord(line) : decodeText12(line);
+  if (model <= 3) return oldBluetooth ? decodeOldRecord(line) : decodeText12<true>(line);
   if (model > 9) return {};
-  if (config <= 2) return decodeText24(line);
-  return config == 3 ? decodeBinary24(line) : Frame{};
+  if (config <= 2) return decodeText24<true>(line);
+  return config == 3 ? decodeBinary24<true>(line) : Frame{};
 }
 
-// All factors are single precision here, so every product is rounded to single precision.
-std::int32_t SampleLine::text12(std::uint8_t d0, std::uint8_t d1, std::uint8_t d2,
-                                Side side) const {
-  const std::int32_t code = hex12(d0, d1, d2) - (kMiddle12 + textOffset[side]);
-  const float scaled = amplifierGain * 2.0F * static_cast<float>(code) * gain[side];
-  return truncated(static_cast<double>(scaled));
-}
-
-Frame SampleLine::decodeText12(const std::uint8_t* line) const {
-  const auto group = [&](std::size_t at, Side side) {
-    return text12(line[at], line[at + 1], line[at + 2], side);
+bool SampleLine::staysInRange() const {
+  constexpr double kSafe = 1073741824.0;  // half of what fits: rounding changes nothing
+  constexpr double kCodes12 = 4096 + line::kMiddle12;
+  constexpr double kCodes24 = 2 * line::kMiddle24;
+  // Sums, which a factor that is no number makes one too: no comparison with it is true.
+  const double gains = (1.0 + std::abs(double{amplifierGain})) *
+                       (1.0 + std::abs(double{gain[Left]}) + std::abs(double{gain[Right]}));
+  const auto largest = [](const auto& pair) {
+    return std::max(std::abs(static_cast<double>(pair[Left])),
+                    std::abs(static_cast<double>(pair[Right])));
   };
-  Frame frame;
-  frame.set(1, group(0, Left));
-  frame.set(2, group(4, Right));
-  if (config <= 1 && showReverseWave) {
-    frame.set(3, frame.values[1]);
-    frame.set(4, negated(frame.values[2]));
-  }
-  if (config == 2 || config == 3) frame.set(3, group(8, Left));
-  if (config == 3) frame.set(4, group(12, Right));
-  return frame;
+  return (kCodes12 + largest(textOffset)) * 2.0 * line::kHexPairScale * gains < kSafe &&
+         (kCodes24 + largest(binaryOffset)) * line::kStep24 * gains < kSafe;
 }
 
-Frame SampleLine::decodeOldRecord(const std::uint8_t* line) const {
+Frame SampleLine::decodeOldRecord(const std::uint8_t* record) const {
   // A signed 12-bit code: the inverted top bit turns it into an offset one. It has no gain.
   const auto group = [&](std::size_t at) {
-    return 256 * (CharToInt(line[at]) ^ 8) + 16 * CharToInt(line[at + 1]) +
-           CharToInt(line[at + 2]) - 2048;
+    return 256 * (CharToInt(record[at]) ^ 8) + 16 * CharToInt(record[at + 1]) +
+           CharToInt(record[at + 2]) - 2048;
   };
   Frame frame;
   frame.set(0, group(0));
@@ -96,49 +77,9 @@ Frame SampleLine::decodeOldRecord(const std::uint8_t* line) const {
   return frame;
 }
 
-// The gain factor stays fractional here; the last factor is double precision.
-std::int32_t SampleLine::text24(const std::uint8_t* digits, Side side) const {
-  const std::int64_t code = hex12(digits[0], digits[1], digits[2]) * 4096 +
-                            hex12(digits[4], digits[5], digits[6]) - kMiddle24;
-  std::int64_t value = 0;
-  if (filterSetUp >= 0 && filterSetUp <= 5) value = code - binaryOffset[side];
-  if (filterSetUp == 6) value = code;
-  const float scaled = amplifierGain * static_cast<float>(value) * gain[side];
-  return truncated(static_cast<double>(scaled) * 1.25);
-}
-
-Frame SampleLine::decodeText24(const std::uint8_t* line) const {
-  Frame frame;
-  frame.set(1, text24(line, Left));
-  frame.set(2, text24(line + 8, Right));
-  if (config == 2) {
-    const std::int32_t between = text12(line[3], line[7], line[11], Left);
-    frame.set(3, truncated(static_cast<double>(kHexPairScale) * static_cast<double>(between)));
-  }
-  return frame;
-}
-
-// The integer part of the gain factor: a gain below 1 silences the side, as the amplifier's users
-// know it.
 std::int32_t SampleLine::binary24(const std::uint8_t* bytes, std::int32_t channel) const {
   if (channel < 1 || channel > 5) return 0;
-  const Side side = channel == 1 || channel == 3 ? Left : Right;
-  const std::int64_t code = 65536 * bytes[0] + 256 * bytes[1] + bytes[2];
-  std::int64_t value = code - kMiddle24;
-  if (channel <= 2) value = code - (kMiddle24 + binaryOffset[side]);
-  value *= truncated(static_cast<double>(gain[side]));
-  const float scaled = amplifierGain * static_cast<float>(value);
-  return truncated(static_cast<double>(scaled) * 1.25);
-}
-
-Frame SampleLine::decodeBinary24(const std::uint8_t* line) const {
-  Frame frame;
-  for (std::int32_t channel = 1; channel <= 5; ++channel) {
-    const auto at = static_cast<std::size_t>(channel - 1) * 3;
-    // The fifth channel of the amplifier is the buffer's auxiliary channel 0.
-    frame.set(static_cast<std::size_t>(channel % 5), binary24(line + at, channel));
-  }
-  return frame;
+  return binary24Of<true>(65536 * bytes[0] + 256 * bytes[1] + bytes[2], channel);
 }
 
 }  // namespace ovka

@@ -48,17 +48,32 @@ struct SampleLine {
   /// Decodes a line of at least length() bytes. Values beyond 32 bits are held at the limits.
   [[nodiscard]] Frame decode(const std::uint8_t* line) const;
 
+  /// Calls `use` once with the function that decodes the lines of these settings, every one exactly
+  /// as `decode` does, chosen and compiled for a loop over many. With SampleLineDecode.h.
+  template <typename Use>
+  void withDecode(Use&& use) const;
+
+  /// True when no line can lead to a value beyond 32 bits, so that nothing need be held.
+  [[nodiscard]] bool staysInRange() const;
+
   /// The 24-bit binary decode of channel 1 to 5; an unknown channel gives 0.
   [[nodiscard]] std::int32_t binary24(const std::uint8_t* bytes, std::int32_t channel) const;
 
  private:
-  [[nodiscard]] std::int32_t text12(std::uint8_t d0, std::uint8_t d1, std::uint8_t d2,
-                                    Side side) const;
-  [[nodiscard]] std::int32_t text24(const std::uint8_t* digits, Side side) const;
-  [[nodiscard]] Frame decodeText12(const std::uint8_t* line) const;
-  [[nodiscard]] Frame decodeOldRecord(const std::uint8_t* line) const;
-  [[nodiscard]] Frame decodeText24(const std::uint8_t* line) const;
-  [[nodiscard]] Frame decodeBinary24(const std::uint8_t* line) const;
+  // Defined in SampleLineDecode.h.
+  template <bool kHold>
+  [[nodiscard]] std::int32_t text12(std::int32_t digits, Side side) const;
+  template <bool kHold>
+  [[nodiscard]] std::int32_t text24(std::int32_t high, std::int32_t low, Side side) const;
+  template <bool kHold>
+  [[nodiscard]] std::int32_t binary24Of(std::int32_t code, std::int32_t channel) const;
+  template <bool kHold>
+  [[nodiscard]] Frame decodeText12(const std::uint8_t* text) const;
+  template <bool kHold>
+  [[nodiscard]] Frame decodeText24(const std::uint8_t* text) const;
+  template <bool kHold>
+  [[nodiscard]] Frame decodeBinary24(const std::uint8_t* bytes) const;
+  [[nodiscard]] Frame decodeOldRecord(const std::uint8_t* record) const;
 };
 
 }  // namespace ovka

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "AmplifierVariables.h"
@@ -33,6 +35,15 @@ bool acknowledge(std::uint8_t letter);
 /// A received block that is a status line by itself (sample-speed echo, short overflow echo,
 /// battery report). True when it was one: nothing else is in it.
 bool decodeStatusBlock(std::span<const std::uint8_t> block);
+
+/// False for a line that decodeStatusLine does not know, at a glance.
+[[nodiscard]] inline bool mayBeStatusLine(std::span<const std::uint8_t> line) noexcept {
+  constexpr std::size_t kLongest = 14;
+  if (line.size() <= kLongest) return true;
+  std::uint32_t four = 0;
+  std::memcpy(&four, line.data(), sizeof four);
+  return four == std::rotl(four, 8);
+}
 
 /// A complete line with its carriage return. True when it was a status line or an acknowledgement.
 /// As the amplifier's rules have it, four equal letters count whatever the length of the line.

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "AmplifierVariables.h"
+#include "FrameWriter.h"
 #include "Print.h"
+#include "SampleLineDecode.h"
 #include "StatusLines.h"
 
 namespace ovka {
@@ -45,32 +47,46 @@ void StreamDecoder::printNumberSTR(std::span<const std::uint8_t> block) {
   const std::scoped_lock guard(lock_);
   if (silenced() || block.empty()) return;
   const SampleLine decoding = SampleLine::current();
-  if (amplifier::FixedFramingX != 0) {
-    framing_.feed(
-        shapeOf(decoding), block, losses_,
-        [&](const std::uint8_t* frame) { storeLine(decoding, frame); },
-        [](std::span<const std::uint8_t> line) {
-          // As a line, except for the short overflow echo, which only a block of its own is.
-          if (!decodeStatusLine(line)) decodeStatusBlock(line);
-        });
+  const bool fixed = amplifier::FixedFramingX != 0;
+  if (!fixed && decoding.oldBluetooth) {
+    decodeOldRecords(decoding, block);
     return;
   }
-  if (decoding.oldBluetooth) {
-    decodeOldRecords(decoding, block);
-  } else if (!decodeStatusBlock(block)) {
-    decodeLines(decoding, block);
-  }
-}
-
-void StreamDecoder::decodeLines(const SampleLine& decoding, std::span<const std::uint8_t> block) {
-  assembler_.feed(block, losses_, [&](std::span<const std::uint8_t> line) {
-    if (decodeStatusLine(line)) return;
-    if (line.size() == SampleLine::kLineBytes) {
-      storeLine(decoding, line.data());
+  if (!fixed && decodeStatusBlock(block)) return;
+  decoding.withDecode([&](auto decode) {
+    FrameWriter writer(store_);
+    const auto onFrame = [&](const std::uint8_t* frame) __attribute__((always_inline)) {
+      writer.store(decode(frame));
+      frames_ = frames_ + 1;
+    };
+    if (fixed) {
+      decodeFixed(shapeOf(decoding), block, onFrame);
     } else {
-      losses_.wrongLengthLines.add(1);
+      decodeLines(block, onFrame);
     }
   });
+}
+
+template <typename OnFrame>
+void StreamDecoder::decodeFixed(const FrameShape& shape, std::span<const std::uint8_t> block,
+                                OnFrame&& onFrame) {
+  framing_.feed(shape, block, losses_, onFrame, [](std::span<const std::uint8_t> line) {
+    // As a line, except for the short overflow echo, which only a block of its own is.
+    if (!decodeStatusLine(line)) decodeStatusBlock(line);
+  });
+}
+
+template <typename OnFrame>
+void StreamDecoder::decodeLines(std::span<const std::uint8_t> block, OnFrame&& onFrame) {
+  assembler_.feed(
+      block, losses_, [&](std::span<const std::uint8_t> line) __attribute__((always_inline)) {
+        if (mayBeStatusLine(line) && decodeStatusLine(line)) return;
+        if (line.size() == SampleLine::kLineBytes) {
+          onFrame(line.data());
+        } else {
+          losses_.wrongLengthLines.add(1);
+        }
+      });
 }
 
 // Kept on purpose: of two and more records the first is decoded twice and the last one never.

@@ -96,7 +96,10 @@ class StreamDecoder {
   void stage(std::span<const std::uint8_t> bytes, std::int32_t readsPerBatch, bool log);
   void handBatchOn(bool log);
   void stageModel1(std::span<const std::uint8_t> bytes);
-  void decodeLines(const SampleLine& decoding, std::span<const std::uint8_t> block);
+  template <typename OnFrame>
+  void decodeFixed(const FrameShape& shape, std::span<const std::uint8_t> block, OnFrame&& onFrame);
+  template <typename OnFrame>
+  void decodeLines(std::span<const std::uint8_t> block, OnFrame&& onFrame);
   [[nodiscard]] static bool silenced();
   void decodeOldRecords(const SampleLine& decoding, std::span<const std::uint8_t> block);
   void storeLine(const SampleLine& decoding, const std::uint8_t* line);

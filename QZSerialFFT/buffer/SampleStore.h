@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstddef>
@@ -102,7 +103,8 @@ class SampleStore {
   /// sinwaveTestPower: the same with a new amplitude (6.144 x power), stored period, angle 0.
   void sinwaveTestPower(float power);
 
-  /// Stores a frame at `ploop` and finishes it. The acquisition thread; allocates nothing.
+  /// Stores a frame at `ploop` and finishes it. The acquisition thread; allocates nothing. For many
+  /// frames at once there is FrameWriter.
   void storeFrame(const Frame& frame);
   /// The end of a stored frame: byte arrays at w (= `ploop` before anything moved), the advance
   /// with the end-of-buffer rule, the pause, the upload copy. The acquisition thread; allocates
@@ -110,7 +112,15 @@ class SampleStore {
   void finishFrame();
   /// The advance, end-of-buffer rule and pause alone, for streams of one byte a sample.
   /// True when looping wrapped. The acquisition thread.
-  bool advance();
+  bool advance() {
+    const std::int64_t point = buffer::ploop;
+    if (buffer::setPauseX != 0) return false;
+    const std::uint64_t limit = buffer::maxploop;
+    const auto capacity = static_cast<std::int64_t>(std::min(limit, buffer::MAXbuffer));
+    if (point >= capacity - 1) return endOfBuffer(capacity);
+    buffer::ploop = point + 1;
+    return false;
+  }
 
   /// Upload buffers of channels 1 and 2, filled while `UploadStartZ` is set.
   static constexpr std::size_t kUploadPoints = 1000;
@@ -124,6 +134,7 @@ class SampleStore {
   Shared<std::int32_t> LivePlayTimePointSetupX{0};
 
  private:
+  friend class FrameWriter;
   struct Channel {
     SharedArray<std::int32_t> values;  // recBufferP0 ... recBufferP4
     SharedArray<std::uint8_t> bytes;   // recBufferP0ch ... recBufferP4ch
@@ -144,6 +155,7 @@ class SampleStore {
     std::int32_t polarity = buffer::ReversPolarityX;
     std::uint32_t model = buffer::SelectDevice;
 
+    bool operator==(const ReadSettings&) const = default;
     /// The array that a known channel reads; kNoArray for flags that make everything 0.
     [[nodiscard]] std::size_t arrayOf(std::int32_t channel) const noexcept {
       if (reverse != 0 && reverse != 1) return kNoArray;
@@ -151,15 +163,15 @@ class SampleStore {
       if (swap == 0) return requested;
       return swap == 1 ? kSwapped[requested] : kNoArray;
     }
-    /// The stored value with its sign: the right-hand arrays follow the polarity, or are negated in
-    /// the reverse display.
-    [[nodiscard]] std::int64_t withSign(std::size_t array, std::int64_t stored) const noexcept {
+    /// The right-hand arrays follow the polarity, or are negated in the reverse display.
+    [[nodiscard]] bool isNegated(std::size_t array) const noexcept {
       const bool rightHand = array == 2 || array == 4;
-      return rightHand && (reverse == 1 || polarity == 1) ? -stored : stored;
+      return rightHand && (reverse == 1 || polarity == 1);
     }
     [[nodiscard]] bool isScaled() const noexcept { return model >= 5 && model <= 9; }
     [[nodiscard]] double apply(std::size_t array, std::int32_t stored) const noexcept {
-      const auto sample = static_cast<double>(withSign(array, stored));
+      const std::int64_t value = isNegated(array) ? -std::int64_t{stored} : stored;
+      const auto sample = static_cast<double>(value);
       return isScaled() ? sample / kDivisor : sample;
     }
   };
@@ -170,14 +182,19 @@ class SampleStore {
   bool growTo(std::uint64_t capacity);
   /// The last point that reads and writes reach; -1 while no memory is open.
   [[nodiscard]] std::int64_t lastReadable() const;
-  [[nodiscard]] std::int64_t lastWritable() const;
+  [[nodiscard]] std::int64_t lastWritable() const {
+    // `maxploop` is a plain variable that anybody may set: what is not open stays out of reach.
+    const std::uint64_t capacity = buffer::maxploop;
+    const std::uint64_t opened = opened_.load(std::memory_order_acquire);
+    if (opened == 0) return -1;
+    return static_cast<std::int64_t>(std::min(capacity, opened - 1));
+  }
   void write(std::size_t channel, std::int64_t samplepoint, std::int64_t dataX);
   void clear(std::size_t channel, std::int64_t first, std::int64_t end);
   void noteWrite() noexcept { writes_.fetch_add(1, std::memory_order_release); }
   void noteFrame() noexcept {
     frames_.store(frames_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   }
-  void storeBytes(std::int64_t point, std::int64_t last);
   bool endOfBuffer(std::int64_t capacity);
   void copyUpload();
 

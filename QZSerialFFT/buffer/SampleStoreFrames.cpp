@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "FrameWriter.h"
 #include "SampleStore.h"
 #include "bitRevRev8MK.h"
 
@@ -7,56 +8,18 @@ namespace ovka {
 namespace {
 
 /// The byte copy of a sample: a quarter of it, offset to 128, bits reversed; 0 outside the byte.
-template <typename Number>
-[[nodiscard]] std::uint8_t byteCopy(Number sample) {
+[[nodiscard]] std::uint8_t byteCopy(double sample) {
   return bitRevRev8MK(static_cast<std::int64_t>(sample / 4) + 128);
 }
 
 }  // namespace
 
 void SampleStore::storeFrame(const Frame& frame) {
-  const std::int64_t point = buffer::ploop;
-  if (const std::int64_t last = lastWritable(); last >= 0) {
-    const auto at = static_cast<std::size_t>(std::clamp<std::int64_t>(point, 0, last));
-    for (std::size_t channel = 0; channel < frame.values.size(); ++channel) {
-      if (frame.present[channel]) channels_[channel].values.set(at, frame.values[channel]);
-    }
-  }
-  finishFrame();
+  FrameWriter(*this).store(frame);
 }
 
 void SampleStore::finishFrame() {
-  if (const std::int64_t last = lastWritable(); last >= 0) storeBytes(buffer::ploop, last);
-  advance();
-  if (buffer::UploadStartZ != 0) copyUpload();
-  noteFrame();
-}
-
-void SampleStore::storeBytes(std::int64_t point, std::int64_t last) {
-  const auto to = static_cast<std::size_t>(std::clamp<std::int64_t>(point, 0, last));
-  // As readers get the sample: at the very end that is the point before.
-  const std::size_t from =
-      std::min(to, static_cast<std::size_t>(std::max<std::int64_t>(last - 1, 0)));
-  const ReadSettings settings;
-  const bool scaled = settings.isScaled();
-  for (std::int32_t channel = 1; channel < buffer::kChannels; ++channel) {
-    const std::size_t array = settings.arrayOf(channel);
-    const std::int32_t stored = array == kNoArray ? 0 : channels_[array].values.get(from);
-    // Unscaled, whole numbers truncate as their quotients would.
-    const std::uint8_t byte = scaled ? byteCopy(settings.apply(array, stored))
-                                     : byteCopy(settings.withSign(array, stored));
-    channels_[static_cast<std::size_t>(channel)].bytes.set(to, byte);
-  }
-}
-
-bool SampleStore::advance() {
-  const std::int64_t point = buffer::ploop;
-  if (buffer::setPauseX != 0) return false;
-  const std::uint64_t limit = buffer::maxploop;
-  const auto capacity = static_cast<std::int64_t>(std::min(limit, buffer::MAXbuffer));
-  if (point >= capacity - 1) return endOfBuffer(capacity);
-  buffer::ploop = point + 1;
-  return false;
+  FrameWriter(*this).finish();
 }
 
 /// The end of the buffer is reached: stop and pause, or loop. True when looping wrapped.

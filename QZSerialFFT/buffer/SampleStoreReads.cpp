@@ -11,14 +11,6 @@ namespace {
 
 }  // namespace
 
-std::int64_t SampleStore::lastWritable() const {
-  // `maxploop` is a plain variable that anybody may set: what is not open stays out of reach.
-  const std::uint64_t capacity = buffer::maxploop;
-  const std::uint64_t opened = opened_.load(std::memory_order_acquire);
-  if (opened == 0) return -1;
-  return static_cast<std::int64_t>(std::min(capacity, opened - 1));
-}
-
 std::int64_t SampleStore::lastReadable() const {
   const std::int64_t writable = lastWritable();
   return writable < 0 ? -1 : std::max<std::int64_t>(writable - 1, 0);
@@ -56,6 +48,7 @@ void SampleStore::readBlock(std::int32_t channel, std::int64_t first, std::span<
   }
   if (first <= last) {
     const auto inside = static_cast<std::uint64_t>(last - first + 1);
+#pragma GCC unroll 8
     for (std::uint64_t count = std::min(left(), inside); count > 0; --count) *to++ = at(first++);
   }
   if (left() > 0) std::fill(to, out.end(), at(last));

@@ -1,16 +1,14 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace ovka {
 
-/// The reversal of the 8 bits of every byte value (1 is 128, 2 is 64, 3 is 192), and a last entry
-/// of 0 for everything else.
-inline constexpr std::array<std::uint8_t, 257> kBitReversal = [] {
-  std::array<std::uint8_t, 257> table{};
+/// The reversal of the 8 bits of every byte value: 1 is 128, 2 is 64, 3 is 192.
+inline constexpr std::array<std::uint8_t, 256> kBitReversal = [] {
+  std::array<std::uint8_t, 256> table{};
   for (unsigned value = 0; value < 256; ++value) {
     unsigned reversed = 0;
     for (unsigned bit = 0; bit < 8; ++bit) reversed |= ((value >> bit) & 1U) << (7 - bit);
@@ -23,7 +21,9 @@ inline constexpr std::array<std::uint8_t, 257> kBitReversal = [] {
 /// thread.
 [[nodiscard]] constexpr std::uint8_t bitRevRev8MK(std::int64_t value) noexcept {
   // Without a branch: loud signals leave the byte at every other sample.
-  return kBitReversal[std::min<std::uint64_t>(static_cast<std::uint64_t>(value), 256)];
+  const auto index = static_cast<std::uint64_t>(value);
+  const auto inside = static_cast<unsigned>(-static_cast<int>(index < kBitReversal.size()));
+  return static_cast<std::uint8_t>(kBitReversal[index & 0xFFU] & inside);
 }
 
 }  // namespace ovka

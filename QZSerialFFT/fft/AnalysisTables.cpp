@@ -64,9 +64,10 @@ std::vector<std::int32_t> sineTable(std::int32_t bits) {
   const std::int32_t half = (1 << bits) / 2;
   const double step = 3.1415926535 / half;  // ten decimals, on purpose
   std::vector<std::int32_t> table(std::size_t{1} << bits);
+  const auto upper = table.begin() + half;
   for (std::int32_t i = 0; i < half; ++i) {
     const auto value = static_cast<std::int32_t>(kFullScale * std::sin(i * step));
-    table[static_cast<std::size_t>(half + i)] = value;
+    upper[i] = value;
     table[static_cast<std::size_t>(i)] = -value;
   }
   return table;

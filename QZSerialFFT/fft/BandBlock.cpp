@@ -1,7 +1,7 @@
 #include "BandBlock.h"
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
 
 #include "FFTVariables.h"
 #include "SpectrumTransform.h"
@@ -120,7 +120,7 @@ bool ExtraBlock::removeMeanOnce() {
     for (double& value : values_.first(points_)) {
       const double before = value;
       value -= mean;
-      changed |= std::memcmp(&before, &value, sizeof value) != 0;
+      changed |= std::bit_cast<std::uint64_t>(before) != std::bit_cast<std::uint64_t>(value);
     }
   }
   // A mean too small to move any value stays, and so does the block.

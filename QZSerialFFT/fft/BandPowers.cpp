@@ -31,8 +31,8 @@ std::size_t position(const BinMap& map, double frequency) {
 
 BinMap BinMap::of(std::int32_t numberOfS, std::uint32_t sampleSpeed) {
   const std::int32_t bins = std::max(numberOfS / 2, 0);
-  const double half = sampleSpeed / 2;  // a whole number: an odd speed loses its half
-  return {half / bins, bins};
+  const std::uint32_t half = sampleSpeed / 2;  // a whole number: an odd speed loses its half
+  return {static_cast<double>(half) / bins, bins};
 }
 
 std::int32_t BinMap::binFrom(double frequency) const {

@@ -65,7 +65,8 @@ float Coherence::peakAVCoherenceBand(std::uint32_t source, float lowF, float hig
   const std::int32_t points = fft::fftp;
   if (!SpectrumTransform::isLength(points)) return 0.0F;
   const float width = static_cast<float>(buffer::SampleSpeed.get()) / static_cast<float>(points);
-  const auto bins = static_cast<float>(points / 2);
+  const std::int32_t half = points / 2;
+  const auto bins = static_cast<float>(half);
   const float low = lowF / width;
   const float high = highF / width;
   const std::int32_t from = low > 0.0F ? static_cast<std::int32_t>(std::min(low, bins)) : 0;

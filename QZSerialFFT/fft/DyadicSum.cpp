@@ -1,6 +1,9 @@
 #include "DyadicSum.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstdint>
+#include <limits>
 
 namespace ovka {
 
@@ -46,10 +49,19 @@ template <typename Combine>
 void buildLevels(std::span<const double> values, double* nodes, Combine combine) {
   const double* below = values.data();
   for (std::size_t count = values.size() / 2; count > 0; count /= 2) {
-    for (std::size_t i = 0; i < count; ++i) nodes[i] = combine(below[2 * i], below[2 * i + 1]);
-    below = nodes;
-    nodes += count;
+    double* level = nodes + count;
+    for (std::size_t i = 0; i < count; ++i) level[i] = combine(below[2 * i], below[2 * i + 1]);
+    below = level;
   }
+}
+
+// All ones or all zeros.
+std::uint64_t maskIf(bool condition) {
+  return 0 - static_cast<std::uint64_t>(condition);
+}
+
+double valueIf(bool condition, double value) {
+  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) & maskIf(condition));
 }
 
 }  // namespace
@@ -66,12 +78,6 @@ Strongest strongestOf(const double* values, std::size_t from, std::size_t to) {
   return best;
 }
 
-const double* RangeTree::level(std::size_t level) const noexcept {
-  if (level == 0) return values_;
-  // Levels 1, 2, ... follow each other with count/2, count/4, ... nodes.
-  return nodes_.data() + (count_ - (count_ >> (level - 1)));
-}
-
 void SumTree::build(std::span<const double> values) {
   values_ = values.data();
   count_ = values.size();
@@ -79,12 +85,16 @@ void SumTree::build(std::span<const double> values) {
 }
 
 double SumTree::sum(std::size_t from, std::size_t to) const {
+  // What is not taken adds +0, which changes neither sum: both start at +0 and so never are -0.
   double left = 0.0;
   double right = 0.0;
-  for (std::size_t k = 0; from < to; ++k, from /= 2, to /= 2) {
-    const double* nodes = level(k);
-    if (from % 2 != 0) left += nodes[from++];
-    if (to % 2 != 0) right = nodes[--to] + right;
+  const double* level = values_;
+  for (std::size_t first = count_; from < to; first /= 2) {
+    left += valueIf(from % 2 != 0, level[from]);
+    right = valueIf(to % 2 != 0, level[to - 1]) + right;
+    from = (from + 1) / 2;
+    to /= 2;
+    level = nodes_.data() + first / 2;
   }
   return left + right;
 }
@@ -96,31 +106,40 @@ void PeakTree::build(std::span<const double> values) {
 }
 
 Strongest PeakTree::strongest(std::size_t from, std::size_t to) const {
+  // Values above 0 are ordered as their bits are; what is negative or no number lies outside.
   struct Node {
-    double value = 0.0;
-    std::size_t level = 0, index = 0;
+    std::int64_t bits = 0;
+    std::size_t number = 0;
+    void takeIf(std::uint64_t mask, std::int64_t newBits, std::size_t newNumber) noexcept {
+      bits ^= (bits ^ newBits) & static_cast<std::int64_t>(mask);
+      number ^= (number ^ newNumber) & mask;
+    }
   };
+  constexpr auto kInfinite = std::bit_cast<std::int64_t>(std::numeric_limits<double>::infinity());
   Node left;   // met from left to right: the first of equals stays
   Node right;  // met from right to left: the last of equals stays
-  for (std::size_t k = 0; from < to; ++k, from /= 2, to /= 2) {
-    const double* nodes = level(k);
-    if (from % 2 != 0) {
-      if (nodes[from] > left.value) left = {nodes[from], k, from};
-      ++from;
-    }
-    if (to % 2 != 0) {
-      --to;
-      if (nodes[to] > 0.0 && nodes[to] >= right.value) right = {nodes[to], k, to};
-    }
+  const double* level = values_;
+  for (std::size_t first = count_; from < to; first /= 2) {
+    const auto l = std::bit_cast<std::int64_t>(level[from]);
+    left.takeIf(maskIf(from % 2 != 0) & maskIf(l > left.bits) & maskIf(l <= kInfinite), l,
+                first + from);
+    const auto r = std::bit_cast<std::int64_t>(level[to - 1]);
+    right.takeIf(maskIf(to % 2 != 0) & maskIf(r >= right.bits) & maskIf(r <= kInfinite), r,
+                 first + to - 1);
+    from = (from + 1) / 2;
+    to /= 2;
+    level = nodes_.data() + first / 2;
   }
-  Node best = right.value > left.value ? right : left;
-  if (!(best.value > 0.0)) return {};
-  while (best.level > 0) {
-    --best.level;
-    best.index *= 2;
-    if (level(best.level)[best.index] != best.value) ++best.index;
-  }
-  return {best.value, best.index};
+  const std::int64_t bits = std::max(left.bits, right.bits);
+  if (bits == 0) return {};
+  std::size_t number = right.bits > left.bits ? right.number : left.number;
+  // Downward the value is told by its bits: nodes hold copies.
+  const auto notFirst = [bits](const double& half) {
+    return static_cast<std::size_t>(std::bit_cast<std::int64_t>(half) != bits);
+  };
+  while (number < count_ / 2) number = 2 * number + notFirst(nodes_.data()[2 * number]);
+  if (number < count_) number = 2 * number + notFirst(values_[2 * number - count_]);
+  return {std::bit_cast<double>(bits), number - count_};
 }
 
 }  // namespace ovka

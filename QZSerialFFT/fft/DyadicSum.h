@@ -29,14 +29,15 @@ struct Strongest {
 /// its logarithm: `SumTree` gives what dyadicSum gives, `PeakTree` what strongestOf gives, bit for
 /// bit. The values themselves stay with the caller and must not change between build and the last
 /// question.
+///
+/// Node 1 is the root, nodes 2n and 2n + 1 are the halves of node n, and value i stands as node
+/// size + i. Which nodes a range takes is as good as random, so the questions choose by masks
+/// and conditional moves: a mispredicted branch a level would cost more than all the rest.
 class RangeTree {
  public:
   explicit RangeTree(std::size_t capacity) : nodes_(capacity) {}
 
  protected:
-  /// Start of the nodes of 2^level values (level 0: the values).
-  [[nodiscard]] const double* level(std::size_t level) const noexcept;
-
   AlignedBlock nodes_;
   const double* values_ = nullptr;
   std::size_t count_ = 0;

@@ -14,9 +14,13 @@ namespace ovka {
 ///
 /// The order of the sum is its definition: rows r of which `times` count are the leaves of a tree
 /// with four children a node (4 x 4 x 4 = 64 rows); a node is (c0 + c1) + (c2 + c3), rows that do
-/// not count being 0, and the average is the root divided by `times`. The inner nodes are kept and
-/// only those above the row just written are added anew, so a pass costs the same for any `times`,
-/// nothing drifts, and the sum depends on what the rows hold alone, not on the ring's phase.
+/// not count being 0, and the average is the root divided by `times`. So nothing drifts, and the
+/// sum depends on what the rows hold alone, not on the ring's phase.
+///
+/// A pass is bound by the memory it touches, so it goes once over the bins with all levels in
+/// registers. The ring is written in order: while it stays in a group of four rows, nothing else of
+/// the two upper levels changes, and of each it reads the node that is added to the one on the path
+/// and the kept sum of the other two. The nodes on the path are stored when the ring leaves them.
 ///
 /// Not thread-safe: used under the lock of the passes. Nothing allocates after the constructor.
 class SpectrumAverage {
@@ -33,25 +37,33 @@ class SpectrumAverage {
 
  private:
   static constexpr std::size_t kRows = fft::kRingRows;
+  static constexpr std::size_t kGroups = kRows / 4;
+  static constexpr std::size_t kQuarters = kGroups / 4;
   // A row is a little longer than its bins: rows a power of two apart would all fall into the same
   // few places of the processor's cache.
   static constexpr std::size_t kStride = fft::kMaxBins + 72;
 
   [[nodiscard]] double* row(std::size_t r) noexcept { return memory_.data() + r * kStride; }
   [[nodiscard]] double* group(std::size_t g) noexcept { return row(kRows + g); }
-  [[nodiscard]] double* quarter(std::size_t q) noexcept { return row(kRows + 16 + q); }
-  [[nodiscard]] double* zeros() noexcept { return row(kRows + 16 + 4); }
+  [[nodiscard]] double* quarter(std::size_t q) noexcept { return row(kRows + kGroups + q); }
+  [[nodiscard]] double* zeros() noexcept { return row(kRows + kGroups + kQuarters); }
+  [[nodiscard]] double* otherGroups() noexcept { return row(kRows + kGroups + kQuarters + 1); }
+  [[nodiscard]] double* otherQuarters() noexcept { return row(kRows + kGroups + kQuarters + 2); }
 
-  using Children = std::array<const double*, 4>;
-  [[nodiscard]] Children rowsOf(std::size_t group, std::size_t times);
-  [[nodiscard]] Children groupsOf(std::size_t quarter, std::size_t times);
-  [[nodiscard]] Children quarters(std::size_t times);
-  void rebuild(std::size_t from, std::size_t to, std::size_t times);
+  [[nodiscard]] const double* rowOrZeros(std::size_t r) noexcept;
+  [[nodiscard]] const double* groupOrZeros(std::size_t g) noexcept;
+  [[nodiscard]] const double* quarterOrZeros(std::size_t q) noexcept;
+  void addGroup(std::size_t g);
+  void addQuarter(std::size_t q);
+  void rebuild();
+  void moveTo(std::size_t group);
 
   AlignedBlock memory_;
   std::size_t index_ = 0;
-  std::size_t summedTimes_ = 0;  // what the kept nodes were made for
-  std::size_t summedBins_ = 0;
+  std::size_t times_ = 0;  // rows and bins for which the nodes are kept
+  std::size_t bins_ = 0;
+  std::size_t group_ = 0;    // the one the path leads through
+  bool pathStored_ = false;  // whether the nodes of its path are
 };
 
 }  // namespace ovka

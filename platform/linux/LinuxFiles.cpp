@@ -18,6 +18,8 @@ namespace {
 
 /// One write call never passes more than this: the kernel's own limit is just below 2 GiB.
 constexpr std::size_t kLargestCall = 1U << 30U;
+/// An atomic file goes to the disk in steps of this many bytes.
+constexpr std::uint64_t kHandOnBytes = 8U << 20U;
 
 class Descriptor {
  public:
@@ -45,8 +47,9 @@ class Reader final : public FileReader {
                            std::size_t* got) override {
     *got = 0;
     while (*got < out.size()) {
-      const ssize_t n = ::pread(fd_.get(), out.data() + *got, std::min(out.size() - *got, kLargestCall),
-                                static_cast<off_t>(offset + *got));
+      const ssize_t n =
+          ::pread(fd_.get(), out.data() + *got, std::min(out.size() - *got, kLargestCall),
+                  static_cast<off_t>(offset + *got));
       if (n < 0 && errno == EINTR) continue;
       if (n < 0) return errno;
       if (n == 0) break;
@@ -67,7 +70,7 @@ std::string folderOf(const std::string& path) {
 }
 
 /// A rename survives a power cut only once its folder is on disk too.
-int syncFolder(const std::string& folder) {
+int syncNames(const std::string& folder) {
   const Descriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (fd.get() < 0) return errno;
   // Some file systems cannot sync a folder; they have nothing to sync then.
@@ -91,7 +94,9 @@ class Writer final : public FileWriter {
       if (n < 0 && errno == EINTR) continue;
       if (n < 0) return errno;
       bytes = bytes.subspan(static_cast<std::size_t>(n));
+      written_ += static_cast<std::uint64_t>(n);
     }
+    if (!part_.empty() && written_ - handedOn_ >= kHandOnBytes) handOn();
     return 0;
   }
 
@@ -103,13 +108,23 @@ class Writer final : public FileWriter {
     if (const int error = fd_.close()) return error;
     if (::rename(part_.c_str(), target_.c_str()) != 0) return errno;
     part_.clear();
-    return syncFolder(folderOf(target_));
+    return syncNames(folderOf(target_));
   }
 
  private:
+  /// Sets the disk to work on what was written, so that the sync at the end has little left to do.
+  void handOn() {
+    static_cast<void>(::sync_file_range(fd_.get(), static_cast<off_t>(handedOn_),
+                                        static_cast<off_t>(written_ - handedOn_),
+                                        SYNC_FILE_RANGE_WRITE));
+    handedOn_ = written_;
+  }
+
   Descriptor fd_;
   std::string target_;
   std::string part_;
+  std::uint64_t written_ = 0;
+  std::uint64_t handedOn_ = 0;
 };
 
 /// Where the name really points: a link's target, or the path itself when there is nothing yet.
@@ -124,7 +139,7 @@ std::string followed(const std::string& path) {
 std::unique_ptr<FileWriter> writeAtomic(const std::string& path, int* error) {
   static std::atomic<unsigned> counter{0};
   const std::string target = followed(path);
-  struct stat old{};
+  struct stat old {};
   const bool replaces = ::stat(target.c_str(), &old) == 0;
   if (replaces && S_ISDIR(old.st_mode)) {
     *error = EISDIR;
@@ -148,7 +163,7 @@ std::unique_ptr<FileReader> LinuxFiles::read(const std::string& path, int* error
   *error = 0;
   // Without O_NONBLOCK a pipe of that name would wait for a writer for ever.
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  struct stat facts{};
+  struct stat facts {};
   if (fd < 0 || ::fstat(fd, &facts) != 0) {
     *error = errno;
   } else if (S_ISDIR(facts.st_mode)) {
@@ -184,13 +199,13 @@ int LinuxFiles::makeFolder(const std::string& path) {
     const std::string part = path.substr(0, end);
     if (::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) {
       const int error = errno;
-      struct stat facts{};
+      struct stat facts {};
       // A folder above may be there without the right to make one beside it.
       if (::stat(part.c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode)) return error;
     }
     if (end == std::string::npos) break;
   }
-  struct stat facts{};
+  struct stat facts {};
   if (::stat(path.c_str(), &facts) != 0) return errno;
   return S_ISDIR(facts.st_mode) ? 0 : ENOTDIR;
 }
@@ -216,8 +231,12 @@ std::vector<std::string> LinuxFiles::list(const std::string& folder, int* error)
   return names;
 }
 
+int LinuxFiles::syncFolder(const std::string& folder) {
+  return syncNames(folder);
+}
+
 int LinuxFiles::freeBytes(const std::string& folder, std::uint64_t* bytes) {
-  struct statvfs facts{};
+  struct statvfs facts {};
   if (::statvfs(folder.c_str(), &facts) != 0) return errno;
   *bytes = std::uint64_t{facts.f_bavail} * facts.f_frsize;
   return 0;

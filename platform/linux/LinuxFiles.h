@@ -17,11 +17,12 @@ class LinuxFiles final : public Files {
   [[nodiscard]] int makeFolder(const std::string& path) override;
   [[nodiscard]] int remove(const std::string& path) override;
   [[nodiscard]] std::vector<std::string> list(const std::string& folder, int* error) override;
+  [[nodiscard]] int syncFolder(const std::string& folder) override;
   [[nodiscard]] int freeBytes(const std::string& folder, std::uint64_t* bytes) override;
 };
 
-/// "/Users/Shared/..." and "~/Library/Preferences/...": the folder of that name when it is there and
-/// writable, else the user's data folder ($XDG_DATA_HOME/OVKA/Shared) and configuration folder
+/// "/Users/Shared/..." and "~/Library/Preferences/...": the folder of that name when it is there
+/// and writable, else the user's data folder ($XDG_DATA_HOME/OVKA/Shared) and configuration folder
 /// ($XDG_CONFIG_HOME/OVKA). OVKA_HOME in the environment overrides both (OVKA_HOME/Shared,
 /// OVKA_HOME/Preferences). The environment is read once, by the constructor.
 class LinuxFolders final : public Folders {

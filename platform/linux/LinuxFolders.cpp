@@ -16,7 +16,9 @@ std::string environment(const char* name) {
   return value == nullptr ? std::string() : std::string(value);
 }
 
-bool writable(const std::string& folder) { return ::access(folder.c_str(), W_OK | X_OK) == 0; }
+bool writable(const std::string& folder) {
+  return ::access(folder.c_str(), W_OK | X_OK) == 0;
+}
 
 /// The folder of a base-directory variable; a relative value counts as unset, as its rules say.
 std::string baseFolder(const char* variable, const std::string& home, const char* fallback) {
@@ -51,7 +53,7 @@ std::string LinuxFolders::resolve(std::string_view path) const {
 }
 
 std::string LinuxHostFacts::machineName() const {
-  struct utsname facts{};
+  struct utsname facts {};
   return ::uname(&facts) == 0 ? std::string(facts.machine) : std::string("unknown");
 }
 

@@ -2,13 +2,15 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <map>
 
 #include "AddressSpace.h"
 
 namespace ovka {
 
-/// Address space on zeroed heap memory, for tests and replays: the heap hands large zeroed blocks
-/// out unbacked, so only touched pages cost memory. Can refuse, as a machine out of memory would.
+/// Address space on heap memory, for tests: the heap hands large blocks out unbacked, so what is
+/// not opened costs nothing; what is opened is zeroed, and so backed, at once. Can refuse, as a
+/// machine out of memory would.
 class HeapAddressSpace final : public AddressSpace {
  public:
   /// The `nth` open from now on (1: the next) fails with `error`, once; 0 refuses none.
@@ -19,7 +21,7 @@ class HeapAddressSpace final : public AddressSpace {
   /// The `nth` reserve from now on (1: the next) gives nullptr, once; 0 refuses none.
   void refuseReserve(int nth) { refuseReserveIn_ = nth; }
   /// Blocks reserved and not released.
-  [[nodiscard]] int blocks() const { return blocks_; }
+  [[nodiscard]] int blocks() const { return static_cast<int>(opened_.size()); }
 
   [[nodiscard]] std::byte* reserve(std::size_t bytes) override;
   [[nodiscard]] int open(std::byte* block, std::size_t bytes) override;
@@ -29,7 +31,7 @@ class HeapAddressSpace final : public AddressSpace {
   int refuseOpenIn_ = 0;
   int refuseError_ = ENOMEM;
   int refuseReserveIn_ = 0;
-  int blocks_ = 0;
+  std::map<std::byte*, std::size_t> opened_;  // bytes, by block
 };
 
 }  // namespace ovka

@@ -55,6 +55,22 @@ TEST_CASE("what is not polled") {
   }
 }
 
+TEST_CASE("a poll passes over a line that is being greeted") {
+  PollBench bench;
+  int polls = 0;
+  bench.device.whileWaiting = [&](int timeout) {
+    REQUIRE(timeout > 0);  // the greeting's own wait: the poll does not get that far
+    bench.ports.getFromPortNew();
+    CHECK_FALSE(bench.ports.hungUp(1));
+    if (++polls == 2) bench.device.input = {"OVKA\r", "ready\r"};
+  };
+  CHECK(bench.ports.InitializeModem(amplifier::fileDescriptor1));
+  CHECK(polls == 2);
+  bench.device.whileWaiting = nullptr;
+  for (int read = 0; read < 4; ++read) bench.poll(kLine);
+  CHECK(buffer::ploop == 4);
+}
+
 TEST_CASE("ports 2 to 4 are read alone by their own polls") {
   AmplifierBench bench;
   std::vector<Device*> devices;

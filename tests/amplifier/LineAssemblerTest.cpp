@@ -1,42 +1,18 @@
+#include <array>
 #include <doctest/doctest.h>
 #include <string>
 
 #include "AmplifierStreams.h"
 #include "DecoderBench.h"
 #include "LineAssembler.h"
+#include "PlainLineRules.h"
 
 using namespace ovka;
 using testing::AmplifierStream;
 using testing::Bytes;
 using testing::bytesOf;
 using testing::DecoderBench;
-
-namespace {
-
-/// The line rules once more, a byte at a time and as plainly as can be: which 16-byte lines are
-/// samples, and what is lost on the way.
-struct PlainLineRules {
-  Bytes line;
-  std::vector<Bytes> samples;
-  long long tooLong = 0;
-  long long wrongLength = 0;
-
-  void takeBlock(const Bytes& block) {
-    for (std::size_t i = 0; i < block.size(); ++i) {
-      line.push_back(block[i]);
-      if (line.size() == 17) {
-        line.clear();
-        ++tooLong;
-      } else if (block[i] == 13 && i > 14) {
-        if (line.size() == 16) samples.push_back(line);
-        if (line.size() != 16) ++wrongLength;
-        line.clear();
-      }
-    }
-  }
-};
-
-}  // namespace
+using testing::PlainLineRules;
 
 TEST_CASE("random streams of every model come through as the plain rules say") {
   for (std::uint32_t model = 0; model < 10; ++model) {
@@ -121,5 +97,22 @@ TEST_CASE("the rules at their edges") {
     CHECK(bench.decoder.framesStored() == row.frames);
     CHECK(bench.losses.longLines.get() == row.tooLong);
     CHECK(bench.losses.wrongLengthLines.get() == row.wrongLength);
+  }
+}
+
+TEST_CASE("sixteen bytes that end at their last one, and nowhere else") {
+  std::array<std::uint8_t, 16> bytes{};
+  // The neighbours of 13 are what an arithmetic search would mistake for it.
+  for (const int value : {0x00, 0x0C, 0x0E, 0x8D, 0xFF}) {
+    const auto filling = static_cast<std::uint8_t>(value);
+    bytes.fill(filling);
+    CHECK(!endsAtLastOf16(bytes.data()));
+    bytes[15] = 13;
+    CHECK(endsAtLastOf16(bytes.data()));
+    for (std::size_t i = 0; i < 15; ++i) {
+      bytes[i] = 13;
+      CHECK(!endsAtLastOf16(bytes.data()));
+      bytes[i] = filling;
+    }
   }
 }

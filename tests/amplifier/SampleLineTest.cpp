@@ -1,10 +1,13 @@
+#include <array>
 #include <doctest/doctest.h>
 #include <limits>
+#include <random>
+#include <string>
 #include <string_view>
 
 #include "AmplifierVariables.h"
 #include "DecoderBench.h"
-#include "SampleLine.h"
+#include "SampleLineDecode.h"
 
 using namespace ovka;
 
@@ -125,4 +128,53 @@ TEST_CASE("products are rounded as the factors are typed") {
   CHECK(decoding.binary24(largest.data(), 2) == std::numeric_limits<std::int32_t>::max());
   CHECK(decoding.binary24(largest.data(), 0) == 0);
   CHECK(decoding.binary24(largest.data(), 6) == 0);
+}
+
+TEST_CASE("the decode chosen for a block gives what the decode of a line gives") {
+  std::mt19937 generator(3);
+  const auto random = [&] { return static_cast<std::uint32_t>(generator()); };
+  const std::array<float, 7> factors{1.0F, 0.0F, 1.0F / 3.0F, 2.5F, 20.0F, 60.0F, 1e30F};
+  const std::array<std::int64_t, 4> offsets{0, 1000, -123456, std::int64_t{1} << 28U};
+  std::int64_t differences = 0;
+  std::int64_t chosen = 0;  // settings under which nothing need be held
+  for (int trial = 0; trial < 4000; ++trial) {
+    SampleLine decoding;
+    decoding.model = random() % 11;
+    decoding.config = random() % 5;
+    decoding.oldBluetooth = random() % 6 == 0;
+    decoding.showReverseWave = random() % 2 == 0;
+    decoding.filterSetUp = static_cast<std::int32_t>(random() % 9) - 1;
+    decoding.amplifierGain = random() % 2 == 0 ? 1.0F : 0.98F;
+    decoding.gain = {factors[random() % 7], factors[random() % 7]};
+    decoding.binaryOffset = {offsets[random() % 4], offsets[random() % 4]};
+    decoding.textOffset[0] = static_cast<std::int32_t>(offsets[random() % 4] / 20);
+    if (decoding.staysInRange()) ++chosen;
+    std::array<std::uint8_t, SampleLine::kRecordBytes> line{};
+    const bool text = random() % 2 == 0;
+    decoding.withDecode([&](auto decode) {
+      for (int i = 0; i < 20; ++i) {
+        for (std::uint8_t& byte : line) byte = static_cast<std::uint8_t>(random());
+        if (text) line.fill(i % 2 == 0 ? 'F' : '0');  // the codes that reach furthest
+        if (shown(decode(line.data())) != shown(decoding.decode(line.data()))) ++differences;
+      }
+    });
+  }
+  CHECK(differences == 0);
+  CHECK(chosen > 500);
+  CHECK(chosen < 3500);
+}
+
+TEST_CASE("a range that might not hold every value is told") {
+  SampleLine decoding;
+  CHECK(decoding.staysInRange());
+  decoding.gain[SampleLine::Right] = 1000.0F;
+  CHECK(!decoding.staysInRange());
+  decoding.gain[SampleLine::Right] = std::numeric_limits<float>::quiet_NaN();
+  CHECK(!decoding.staysInRange());
+  decoding = {};
+  decoding.amplifierGain = std::numeric_limits<float>::quiet_NaN();
+  CHECK(!decoding.staysInRange());
+  decoding = {};
+  decoding.binaryOffset[SampleLine::Left] = std::int64_t{3} << 28U;
+  CHECK(!decoding.staysInRange());
 }

@@ -1,8 +1,10 @@
 #include <doctest/doctest.h>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "BufferBench.h"
+#include "FrameWriter.h"
 #include "bitRevRev8MK.h"
 
 using namespace ovka;
@@ -96,6 +98,53 @@ TEST_CASE("the byte copy of a frame") {
   CHECK(bitRevRev8MK(254) == 127);
   CHECK(bitRevRev8MK(256) == 0);
   CHECK(bitRevRev8MK(-1) == 0);
+}
+
+TEST_CASE("byte copies are a quarter of what readers get, under every setting") {
+  struct Row {
+    std::uint32_t model;
+    std::int32_t swap, reverse, polarity;
+  };
+  const std::vector<Row> rows{{0, 0, 0, 0}, {6, 0, 0, 0}, {6, 1, 0, 1}, {9, 0, 1, 0},
+                              {4, 1, 1, 1}, {6, 2, 0, 0}, {5, 0, 2, 0}, {5, 0, 0, 0}};
+  constexpr std::int32_t kBeyond = 84500;  // just outside the byte for the scaled models
+  BufferBench bench(16);
+  buffer::setLoopModeX = 1;
+  std::int64_t wrong = 0;
+  FrameWriter writer(bench.store);  // the settings change under it
+  for (const Row& row : rows) {
+    buffer::SelectDevice = row.model;
+    buffer::LeftRightReverse = row.swap;
+    buffer::ShowReverseWaveX = row.reverse;
+    buffer::ReversPolarityX = row.polarity;
+    for (std::int32_t value = -kBeyond; value <= kBeyond; ++value) {
+      const std::int64_t point = buffer::ploop;
+      Frame frame;
+      for (std::size_t channel = 1; channel < 5; ++channel) frame.set(channel, value);
+      frame.values[3] = value == 0 ? std::numeric_limits<std::int32_t>::min() : value / 100;
+      writer.store(frame);
+      for (std::int32_t channel = 1; channel < 5; ++channel) {
+        const double sample = bench.store.getIntFromBuffer(channel, point);
+        const auto quarter = static_cast<std::int64_t>(sample / 4);
+        if (bench.store.getCharFromBuffer(channel, point) != bitRevRev8MK(quarter + 128)) ++wrong;
+      }
+    }
+  }
+  CHECK(wrong == 0);
+}
+
+TEST_CASE("every frame of a block is whole when it is stored") {
+  BufferBench bench(10);
+  FrameWriter writer(bench.store);
+  for (std::int32_t n = 0; n < 10; ++n) {
+    const std::uint64_t before = bench.store.writeGeneration();
+    Frame frame;
+    frame.set(2, 100 + n);
+    writer.store(frame);
+    CHECK(bench.store.writeGeneration() > before);
+    CHECK(buffer::ploop == n + 1);
+    CHECK(bench.store.storedValue(2, n) == 100 + n);
+  }
 }
 
 TEST_CASE("the upload copy follows each frame") {

@@ -182,6 +182,18 @@ TEST_CASE("dofftKel takes bin 0 for the automatic zero before the DC cut") {
   rig.engine.dofftKel(data.data(), coherence.data(), 0, 2, 256, 256, 1);
   CHECK(data[0] == 10.0);
   CHECK(data[2] == 0.0);
+  std::vector<double> edge{0.0999999, 0.1, 0.1000001};
+  SpectrumTransform::toLogScale(edge);
+  CHECK(edge == std::vector<double>{0.0, 10.0 * (std::log10(0.1) + 1.0),
+                                    10.0 * (std::log10(0.1000001) + 1.0)});
+  // In a pass too it is bin 0 as the log scale leaves it.
+  rig.use(1);
+  rig.fillNoise(300);
+  fft::LOGpowerONed = 1;
+  fft::DCcutONed = 0;
+  rig.engine.getAndfftA(300, 0, 0);
+  CHECK(fft::DCoffsetATotal == rig.spectrum(0)[0]);
+  CHECK(fft::DCoffsetATotal > 0.0);
   const std::vector<double> before = data;
   rig.engine.dofftKel(data.data(), coherence.data(), 0, 2, 200, 256, 0);  // no such length
   CHECK(data == before);

@@ -33,10 +33,11 @@ TEST_CASE(
   });
   std::this_thread::sleep_for(400ms);
   launcher.stopAll();
+  const auto gridPoints = static_cast<std::size_t>((steady_clock::now() - start) / 20ms);
   CHECK(clock.nanoseconds() - first >= 400'000'000);
   REQUIRE(ticks.size() >= 4);
   CHECK(ticks[0] - start >= 20ms);
-  CHECK(ticks.size() <= 20 - 5);  // 20 grid points; five of them passed in the slow tick
+  CHECK(ticks.size() <= gridPoints - 5);  // five of them passed in the slow tick
   CHECK(ticks[3] - ticks[2] >= 110ms);
   // Never early: the k-th tick comes at its grid point or later, whatever delayed the others.
   for (std::size_t k = 0; k < ticks.size(); ++k) {

@@ -22,7 +22,8 @@ class AmplifierStream {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::vector<std::uint8_t> bytes(length_);
     for (std::size_t i = 0; i < length_; ++i) {
-      bytes[i] = static_cast<std::uint8_t>(binary_ ? below(256) : kDigits[below(16)]);
+      bytes[i] = binary_ ? static_cast<std::uint8_t>(below(256))
+                         : static_cast<std::uint8_t>(kDigits[below(16)]);
       if (!binary_ && !solid_ && i % 4 == 3) bytes[i] = ' ';
       if (i + 1 == length_) bytes[i] = 13;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -8,7 +9,7 @@ namespace ovka::testing {
 template <typename T>
 void append(std::vector<std::uint8_t>& to, T value) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(&value);
-  to.insert(to.end(), bytes, bytes + sizeof value);
+  for (std::size_t i = 0; i < sizeof value; ++i) to.push_back(bytes[i]);
 }
 
 /// A MIDI packet list: a 4-byte count, then per packet an 8-byte time stamp (1000, 1001, ...), a

@@ -1,0 +1,217 @@
+#pragma once
+
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BufferVariables.h"
+#include "CapturedPrint.h"
+#include "DocumentCommands.h"
+#include "DocumentVariables.h"
+#include "HeapAddressSpace.h"
+#include "ManualTime.h"
+#include "OVKA4DrawDocument.h"
+#include "RecordingShell.h"
+
+namespace ovka::testing {
+
+/// Files in memory; a disk that can be full, read-only or gone.
+class FakeFiles final : public Files {
+ public:
+  std::map<std::string, std::string> contents;
+  int refuseWrites = 0;             ///< errno of every opening for writing, of paths that match
+  std::string refusePattern;        ///< part of the path; empty: all
+  std::uint64_t room = UINT64_MAX;  ///< bytes until ENOSPC
+  int failCommit = 0;
+  std::vector<std::string> folders;
+
+  std::unique_ptr<FileReader> read(const std::string& path, int* error) override {
+    const auto found = contents.find(path);
+    *error = found == contents.end() ? ENOENT : 0;
+    return *error != 0 ? nullptr : std::make_unique<Reader>(found->second);
+  }
+  std::unique_ptr<FileWriter> write(const std::string& path, WriteMode mode, int* error) override {
+    *error = path.find(refusePattern) == std::string::npos ? 0 : refuseWrites;
+    if (*error != 0) return nullptr;
+    if (mode == WriteMode::InPlace) contents[path].clear();
+    return std::make_unique<Writer>(*this, path, mode);
+  }
+  int makeFolder(const std::string& path) override {
+    folders.push_back(path);
+    return 0;
+  }
+  int remove(const std::string& path) override { return contents.erase(path) == 1 ? 0 : ENOENT; }
+  std::vector<std::string> list(const std::string& /*folder*/, int* error) override {
+    *error = ENOTSUP;
+    return {};
+  }
+  int freeBytes(const std::string& /*folder*/, std::uint64_t* bytes) override {
+    *bytes = room;
+    return 0;
+  }
+
+ private:
+  class Reader final : public FileReader {
+   public:
+    explicit Reader(std::string bytes) : bytes_(std::move(bytes)) {}
+    std::uint64_t size() const override { return bytes_.size(); }
+    int readAt(std::uint64_t offset, std::span<std::byte> out, std::size_t* got) override {
+      *got =
+          offset >= bytes_.size() ? 0 : std::min<std::size_t>(out.size(), bytes_.size() - offset);
+      if (*got > 0) std::memcpy(out.data(), bytes_.data() + offset, *got);
+      return 0;
+    }
+
+   private:
+    std::string bytes_;
+  };
+  class Writer final : public FileWriter {
+   public:
+    Writer(FakeFiles& disk, std::string path, WriteMode mode)
+        : disk_(disk), path_(std::move(path)), atomic_(mode == WriteMode::Atomic) {}
+    int write(std::span<const std::byte> bytes) override {
+      if (bytes.size() > disk_.room) return ENOSPC;
+      disk_.room -= bytes.size();
+      std::string& to = atomic_ ? pending_ : disk_.contents[path_];
+      to.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+      return 0;
+    }
+    int sync() override { return 0; }
+    int commit() override {
+      if (disk_.failCommit != 0) return disk_.failCommit;
+      if (atomic_) disk_.contents[path_] = std::move(pending_);
+      return 0;
+    }
+
+   private:
+    FakeFiles& disk_;
+    std::string path_;
+    bool atomic_;
+    std::string pending_;
+  };
+};
+
+class FakeDialogs final : public Dialogs {
+ public:
+  std::vector<std::string> alerts;
+  std::vector<std::string> questions;
+  bool answer = true;
+  int beeps = 0;
+
+  void alert(std::string_view message, std::string_view detail) override {
+    alerts.push_back(std::string(message) + "|" + std::string(detail));
+  }
+  bool confirm(std::string_view message, std::string_view /*detail*/) override {
+    questions.emplace_back(message);
+    return answer;
+  }
+  void beep() override { ++beeps; }
+};
+
+class FakeFolders final : public Folders {
+ public:
+  std::string resolve(std::string_view path) const override { return std::string(path); }
+};
+
+class FakeHost final : public HostFacts {
+ public:
+  LocalTime time{2024, 3, 7, 15, 4, 9};
+  std::string machineName() const override { return "x86_64"; }
+  LocalTime localTime(std::int64_t /*wallNanoseconds*/) const override { return time; }
+};
+
+class FakeDocumentShell final : public DocumentShell {
+ public:
+  CallLog log;
+  std::string front;
+  bool blocked = false;
+
+  void applicationStartUp() override { log.record("startUp"); }
+  std::string frontDocumentName() override { return front; }
+  void closeFrontDocument() override { log.record("close " + front); }
+  void makeNewDocument(const std::string& name) override { log.record("new " + name); }
+  void saveFrontDocument() override { log.record("save"); }
+  void setNoPortAccess(bool block) override { blocked = block; }
+  void setPortON() override { log.record("port on"); }
+  void switchToPlayMode() override {
+    buffer::setRecModeX = 0;
+    log.record("play mode");
+  }
+  void resetMaximumTime() override { log.record("reset maximum time"); }
+};
+
+/// A session: buffer, settings, files, and a document on them. Variables start at their defaults.
+class Session {
+ public:
+  Session() {
+    buffer::resetVariables();
+    document::resetVariables();
+    static_cast<void>(store.initMalloc(5000));
+    store.recCleare();
+  }
+
+  /// Fills the first points of all channels with random values and puts the current point behind.
+  void record(std::int64_t points, unsigned seed) {
+    std::mt19937 random(seed);
+    for (std::int32_t channel = 0; channel < buffer::kChannels; ++channel) {
+      for (std::int64_t i = 0; i < points; ++i) {
+        store.putIntToBuffer(channel, i, static_cast<std::int32_t>(random()));
+      }
+    }
+    buffer::ploop = points;
+  }
+  [[nodiscard]] std::vector<std::int32_t> samples(std::int32_t channel, std::int64_t first,
+                                                  std::int64_t count) {
+    std::vector<std::int32_t> values(static_cast<std::size_t>(count));
+    store.copyStored(channel, first, values);
+    return values;
+  }
+  void allChannels() {
+    for (const DocumentSwitch which :
+         {DocumentSwitch::BrainDataCH1, DocumentSwitch::BrainDataCH2, DocumentSwitch::BrainDataCH3,
+          DocumentSwitch::BrainDataCH4}) {
+      switches.open.set(which, true);
+      switches.save.set(which, true);
+    }
+    buffer::DeviceConfig = 3;
+  }
+  [[nodiscard]] std::string saved(std::string_view type = OVKA4DrawDocumentType) {
+    std::string data;
+    DocumentError error;
+    return document.dataOfType(type, &data, &error) ? data : "failed: " + error.detail;
+  }
+  /// Empty, or the error's detail.
+  [[nodiscard]] std::string opened(std::string_view data,
+                                   std::string_view type = OVKA4DrawDocumentType) {
+    DocumentError error;
+    if (document.readFromData(data, type, &error)) return {};
+    return error.detail.empty() ? "no detail" : error.detail;
+  }
+
+  CapturedPrint print;
+  RecordingShell application;
+  HeapAddressSpace space;
+  SampleStore store{space, application.recording, application.annotations};
+  FakeFiles files;
+  FakeFolders folders;
+  FakeDialogs dialogs;
+  FakeHost host;
+  ManualTime time;
+  NotificationCenter notifications;
+  FakeDocumentShell shell;
+  DocumentSwitches switches;
+  InformationList information{store, host, time, switches};
+  SettingsGroups groups;
+  RawBackups backups{store, files, folders, dialogs, switches};
+  DocumentServices services{store,       files,  folders, dialogs, notifications, shell, switches,
+                            information, groups, backups, {}};
+  OVKA4DrawDocument document{services};
+  DocumentCommands commands{services};
+};
+
+}  // namespace ovka::testing
