@@ -194,7 +194,6 @@ AmplifierPorts::Opened AmplifierPorts::openInputLocked(Input& in, const std::str
     return {attempt.descriptor, {}};
   }
   in.open = 0;
-  // A line that broke while greeting is worth waiting for: the automatic reopening is armed.
   // A line that broke while greeting is worth waiting for: the automatic reopening is armed, even
   // if the port's switch went off meanwhile.
   if (attempt.opened && attempt.greeting == Greeting::Failed && !givenUp({true, &in})) {

@@ -78,8 +78,7 @@ class BandAnswers {
       const std::uint64_t change = entry.change.load(std::memory_order_acquire);
       const std::uint64_t edges = entry.edges.load(std::memory_order_acquire);
       const std::uint64_t made = entry.made.load(std::memory_order_acquire);
-      // One condition: after new data the edges of a place match often, its version never.
-      if (((edges ^ ask.edges()) | (made ^ madeOf(ask, version))) != 0) continue;
+      if (edges != ask.edges() || made != madeOf(ask, version)) continue;
       const std::uint64_t result = entry.result.load(std::memory_order_acquire);
       if ((change & 1U) != 0 || entry.change.load(std::memory_order_relaxed) != change) continue;
       answer = {std::bit_cast<float>(static_cast<std::uint32_t>(result >> 32U)),

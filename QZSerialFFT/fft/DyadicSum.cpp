@@ -1,9 +1,7 @@
 #include "DyadicSum.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <limits>
 
 namespace ovka {
 
@@ -55,13 +53,9 @@ void buildLevels(std::span<const double> values, double* nodes, Combine combine)
   }
 }
 
-// All ones or all zeros.
-std::uint64_t maskIf(bool condition) {
-  return 0 - static_cast<std::uint64_t>(condition);
-}
-
-double valueIf(bool condition, double value) {
-  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) & maskIf(condition));
+// The value, or +0 when `taken` is 0 instead of 1.
+double valueIf(std::size_t taken, double value) {
+  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) & (0 - std::uint64_t{taken}));
 }
 
 }  // namespace
@@ -90,8 +84,8 @@ double SumTree::sum(std::size_t from, std::size_t to) const {
   double right = 0.0;
   const double* level = values_;
   for (std::size_t first = count_; from < to; first /= 2) {
-    left += valueIf(from % 2 != 0, level[from]);
-    right = valueIf(to % 2 != 0, level[to - 1]) + right;
+    left += valueIf(from % 2, level[from]);
+    right = valueIf(to % 2, level[to - 1]) + right;
     from = (from + 1) / 2;
     to /= 2;
     level = nodes_.data() + first / 2;
@@ -106,40 +100,37 @@ void PeakTree::build(std::span<const double> values) {
 }
 
 Strongest PeakTree::strongest(std::size_t from, std::size_t to) const {
-  // Values above 0 are ordered as their bits are; what is negative or no number lies outside.
   struct Node {
-    std::int64_t bits = 0;
+    double value = 0.0;
     std::size_t number = 0;
-    void takeIf(std::uint64_t mask, std::int64_t newBits, std::size_t newNumber) noexcept {
-      bits ^= (bits ^ newBits) & static_cast<std::int64_t>(mask);
-      number ^= (number ^ newNumber) & mask;
-    }
   };
-  constexpr auto kInfinite = std::bit_cast<std::int64_t>(std::numeric_limits<double>::infinity());
   Node left;   // met from left to right: the first of equals stays
   Node right;  // met from right to left: the last of equals stays
   const double* level = values_;
   for (std::size_t first = count_; from < to; first /= 2) {
-    const auto l = std::bit_cast<std::int64_t>(level[from]);
-    left.takeIf(maskIf(from % 2 != 0) & maskIf(l > left.bits) & maskIf(l <= kInfinite), l,
-                first + from);
-    const auto r = std::bit_cast<std::int64_t>(level[to - 1]);
-    right.takeIf(maskIf(to % 2 != 0) & maskIf(r >= right.bits) & maskIf(r <= kInfinite), r,
-                 first + to - 1);
+    const double l = valueIf(from % 2, level[from]);
+    const auto lm = 0 - static_cast<std::uint64_t>(l > left.value);
+    left.number ^= (left.number ^ (first + from)) & lm;
+    left.value = l > left.value ? l : left.value;
+    const double r = valueIf(to % 2, level[to - 1]);
+    const auto rm = 0 - static_cast<std::uint64_t>(r >= right.value);
+    right.number ^= (right.number ^ (first + to - 1)) & rm;
+    right.value = r > right.value ? r : right.value;
     from = (from + 1) / 2;
     to /= 2;
     level = nodes_.data() + first / 2;
   }
-  const std::int64_t bits = std::max(left.bits, right.bits);
-  if (bits == 0) return {};
-  std::size_t number = right.bits > left.bits ? right.number : left.number;
+  const Node best = right.value > left.value ? right : left;
+  if (!(best.value > 0.0)) return {};
   // Downward the value is told by its bits: nodes hold copies.
+  const auto bits = std::bit_cast<std::uint64_t>(best.value);
   const auto notFirst = [bits](const double& half) {
-    return static_cast<std::size_t>(std::bit_cast<std::int64_t>(half) != bits);
+    return static_cast<std::size_t>(std::bit_cast<std::uint64_t>(half) != bits);
   };
+  std::size_t number = best.number;
   while (number < count_ / 2) number = 2 * number + notFirst(nodes_.data()[2 * number]);
   if (number < count_) number = 2 * number + notFirst(values_[2 * number - count_]);
-  return {std::bit_cast<double>(bits), number - count_};
+  return {best.value, number - count_};
 }
 
 }  // namespace ovka

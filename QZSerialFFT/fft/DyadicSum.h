@@ -31,8 +31,8 @@ struct Strongest {
 /// question.
 ///
 /// Node 1 is the root, nodes 2n and 2n + 1 are the halves of node n, and value i stands as node
-/// size + i. Which nodes a range takes is as good as random, so the questions choose by masks
-/// and conditional moves: a mispredicted branch a level would cost more than all the rest.
+/// size + i. Which nodes a range takes is as good as random: the questions mask what they do not
+/// take instead of branching, since a mispredicted branch a level costs more than all the rest.
 class RangeTree {
  public:
   explicit RangeTree(std::size_t capacity) : nodes_(capacity) {}

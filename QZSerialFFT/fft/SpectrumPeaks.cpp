@@ -30,22 +30,6 @@ float leastOf(const Peaks& slots) {
   return std::min({slots[0].value, slots[1].value, slots[2].value});
 }
 
-constexpr std::int32_t kStretch = 8;
-
-// Whether one of kStretch values is above `least`; what is no number is not.
-bool anyAbove(const double* values, double least) {
-  double greatest[4] = {least, least, least, least};
-  for (std::size_t i = 0; i < kStretch; i += 4) {
-    for (std::size_t lane = 0; lane < 4; ++lane) {
-      const double value = values[i + lane];
-      greatest[lane] = value > greatest[lane] ? value : greatest[lane];
-    }
-  }
-  const double left = std::max(greatest[0], greatest[1]);
-  const double right = std::max(greatest[2], greatest[3]);
-  return std::max(left, right) > least;
-}
-
 }  // namespace
 
 PeakRange PeakRange::ofSettings(std::int32_t points) {
@@ -68,29 +52,15 @@ Peaks searchPeaks(std::span<const double> spectrum, const PeakRange& range, bool
   const std::int32_t high = std::min(range.high, static_cast<std::int32_t>(spectrum.size()));
   const std::int32_t step = downward ? -1 : 1;
   std::int32_t bin = downward ? high - 1 : range.low;
-  // Hardly any bin is above the least slot: one comparison passes over the others, a stretch at a
-  // time where it can. What is above it in single precision is so in double precision too.
+  // Hardly any bin is above the least slot: one comparison passes over the others. What is above it
+  // in single precision is so in double precision too.
   double least = 0.0;
-  std::int32_t left = high - range.low;
-  const auto offerOne = [&] {
+  for (std::int32_t left = high - range.low; left > 0; --left, bin += step) {
     const double value = spectrum[static_cast<std::size_t>(bin)];
-    if (value > least) {
-      offer(slots, static_cast<float>(value), bin);
-      least = static_cast<double>(leastOf(slots));
-    }
-    bin += step;
-    --left;
-  };
-  while (left >= kStretch) {
-    const double* lowest = spectrum.data() + (downward ? bin - (kStretch - 1) : bin);
-    if (anyAbove(lowest, least)) {
-      for (std::int32_t i = 0; i < kStretch; ++i) offerOne();
-    } else {
-      bin += kStretch * step;
-      left -= kStretch;
-    }
+    if (!(value > least)) continue;
+    offer(slots, static_cast<float>(value), bin);
+    least = static_cast<double>(leastOf(slots));
   }
-  while (left > 0) offerOne();
   for (Peak3& slot : slots) slot.frequency = static_cast<float>(slot.bin) * range.binWidth;
   return slots;
 }

@@ -144,6 +144,36 @@ TEST_CASE("averaging equals the plain tree through changes of length, times and 
   CHECK(rig.coefficients(1) == plainPass(rig, 1, 5000).pairs);
 }
 
+TEST_CASE("averaging goes on in the tree after its index is reset anywhere in a group") {
+  SpectrumAverage average;
+  std::vector<plain::Values> rows(64, plain::Values(40));
+  std::size_t index = 0;
+  std::mt19937 random(11);
+  for (const std::size_t times : {64U, 1U, 10U, 5U, 32U, 20U, 2U, 64U, 37U, 64U}) {
+    for (int round = 0; round < 150; ++round) {
+      if (random() % 23 == 0) {
+        average.resetIndex();
+        index = 0;
+      }
+      // A shorter spectrum now and then leaves the further bins of its row as they were.
+      plain::Values spectrum(random() % 29 == 0 ? 24 : 40);
+      for (double& value : spectrum)
+        value = std::ldexp(1.0 + static_cast<double>(random()), -static_cast<int>(random() % 60));
+      if (index >= times) index = 0;
+      std::copy(spectrum.begin(), spectrum.end(), rows[index].begin());
+      index = (index + 1) % times;
+      plain::Values expected(spectrum.size());
+      for (std::size_t k = 0; k < expected.size(); ++k) {
+        expected[k] = plain::average(rows, k, times);
+      }
+      average.replaceByAverage(spectrum, static_cast<std::int32_t>(times));
+      CAPTURE(times);
+      CAPTURE(round);
+      REQUIRE(spectrum == expected);
+    }
+  }
+}
+
 TEST_CASE("automatic zero leaves out the value that completes the count") {
   EngineRig rig;
   fft::AutoZeroRawDataONed = 1;
