@@ -6,6 +6,8 @@
 #include "AmplifierVariables.h"
 #include "AppVariables.h"
 #include "BufferVariables.h"
+#include "DocumentDesk.h"
+#include "DocumentVariables.h"
 #include "FFTVariables.h"
 #include "Print.h"
 #include "ThreadVariables.h"
@@ -22,6 +24,7 @@ void resetAllVariables() {
   amplifier::resetVariables();
   fft::resetVariables();
   threads::resetVariables();
+  document::resetVariables();
   app::resetVariables();
 }
 
@@ -39,8 +42,11 @@ Engine::Engine(const Machine& machine)
                  serialPort_),
       guard_(serialPort_, losses_, machine.clock),
       polling_(serialPort_),
-      inputStream_({machine.threads, notifications_, polling_, application_, quiet_, quiet_, quiet_,
-                    quiet_, quiet_, quiet_}),
+      documents_(machine.documents == nullptr
+                     ? nullptr
+                     : std::make_unique<DocumentDesk>(*this, machine_, *machine.documents)),
+      inputStream_({machine.threads, notifications_, polling_, application_, quiet_, quiet_,
+                    dataBackups(), quiet_, quiet_, quiet_}),
       fft_(std::make_unique<QZFFT>(serialPort_, machine.mainLoop)) {
   serialPort_.setBluetoothCommands(&bluetooth_);
   serialPort_.setInitbitrevAndFFT([this] { fft_->fftinit(fft::fftpX, fft::windSape); });
@@ -54,6 +60,11 @@ Engine::~Engine() {
   theEngine = nullptr;
 }
 
+DataBackups& Engine::dataBackups() {
+  if (documents_ != nullptr) return documents_->backups();
+  return quiet_;
+}
+
 std::string Engine::start() {
   if (!serialPort_.initMalloc(buffer::maxploop)) {
     return "there is not enough memory for a recording of " + std::to_string(buffer::maxploop) +
@@ -64,6 +75,7 @@ std::string Engine::start() {
   fft_->fftinit2(fft::fftpX, fft::windSape);
   inputStream_.initializeThred();
   machine_.threads.repeat("lineGuard", LineGuard::kTick, [this] { guard_.tick(); });
+  if (documents_ != nullptr) documents_->start(machine_.threads);
   started_ = true;
   return {};
 }
@@ -73,6 +85,7 @@ void Engine::stop() {
   stopped_ = true;
   serialPort_.stopWaiting();
   machine_.threads.stopAll();
+  if (documents_ != nullptr) documents_->stop();
   bluetooth_.closeConnectonAction();
   for (std::int32_t port = 1; port <= AmplifierPorts::kInputs; ++port) closeAmplifier(port);
 }
@@ -82,6 +95,7 @@ Engine::Opened Engine::openAmplifier(const std::string& path, std::int32_t port)
   if (opened.explanation.empty()) {
     buffer::setRecModeX = kRecording;
     buffer::setPauseX = 0;
+    if (documents_ != nullptr && port == 1) documents_->setChosenPort(path);
   }
   return opened;
 }
@@ -103,6 +117,9 @@ QZInputStream& QZInputStream::sharedQZInputStream() {
 }
 QZFFT& QZFFT::sharedQZFFT() {
   return Engine::current()->fft();
+}
+SetPreSet& SetPreSet::sharedSetPreSet() {
+  return Engine::current()->documents()->panel();
 }
 RFCOMMSPPController& RFCOMMSPPController::sharedRFCOMMSPPController() {
   return Engine::current()->bluetooth();

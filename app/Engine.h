@@ -26,6 +26,9 @@
 
 namespace ovka {
 
+class DocumentDesk;
+struct DocumentMachine;
+
 /// The machine as the engine sees it: the Linux adapters, or a replay on the manual clock. All of
 /// it outlives the engine.
 struct Machine {
@@ -34,7 +37,8 @@ struct Machine {
   RunLoop& mainLoop;
   AddressSpace& space;
   SerialPorts& serial;
-  BluetoothChannel* bluetooth = nullptr;  ///< nullptr: this machine has none
+  BluetoothChannel* bluetooth = nullptr;       ///< nullptr: this machine has none
+  const DocumentMachine* documents = nullptr;  ///< nullptr: nothing is kept on disk
 };
 
 /// Puts every process-wide variable of the system back to its default.
@@ -77,6 +81,8 @@ class Engine {
   RFCOMMSPPController& bluetooth() { return bluetooth_; }
   TypeTextHere& annotations() { return annotations_; }
   QZAppController& application() { return application_; }
+  /// Documents, presets, backups and journals; nullptr when the machine keeps nothing on disk.
+  DocumentDesk* documents() { return documents_.get(); }
   NotificationCenter& notifications() { return notifications_; }
   LossCounters& losses() { return losses_; }
   [[nodiscard]] const SettingsRegistry& settings() const { return settings_; }
@@ -105,6 +111,7 @@ class Engine {
   void addBufferEffects();
   void addAnalysisEffects();
   void addActions();
+  [[nodiscard]] DataBackups& dataBackups();
 
   Machine machine_;
   NotificationCenter notifications_;
@@ -117,6 +124,7 @@ class Engine {
   RFCOMMSPPController bluetooth_;
   LineGuard guard_;
   Polling polling_;
+  std::unique_ptr<DocumentDesk> documents_;
   QZInputStream inputStream_;
   std::unique_ptr<QZFFT> fft_;
   SettingsRegistry settings_;

@@ -6,6 +6,7 @@
 #include "AmplifierVariables.h"
 #include "AnalysisSettings.h"
 #include "BufferVariables.h"
+#include "DocumentDesk.h"
 #include "Engine.h"
 #include "FFTVariables.h"
 #include "MaximumTime.h"
@@ -67,7 +68,8 @@ void Engine::addAnalysisEffects() {
     if (started_) fft_->fftinit(fft::fftpX, fft::windSape);
   };
   settings_.onSet("fftp", [rebuild](double value) {
-    fft::selectFFTpoint(std::bit_width(static_cast<std::uint32_t>(value)) - 8);
+    const auto points = static_cast<std::uint32_t>(value);
+    fft::selectFFTpoint(static_cast<std::int32_t>(std::bit_width(points)) - 8);
     rebuild();
   });
   settings_.onSet("fftpX", [rebuild](double value) {
@@ -90,6 +92,7 @@ void Engine::addAnalysisEffects() {
 }
 
 void Engine::addActions() {
+  if (documents_ != nullptr) documents_->addActions(actions_);
   for (const MaximumTime& choice : kMaximumTimes) {
     actions_.add(choice.selector, "recording length of " + std::to_string(choice.seconds) + " s",
                  [this, selector = choice.selector](std::int32_t /*sender*/) {

@@ -58,6 +58,8 @@ void QZAppController::PauseMovie() {
 
 void QZAppController::StopRecord2VideoandBrainwave() {
   if (buffer::setRecModeX == kRecording) buffer::setRecModeX = kAcquiring;
+  // In loop mode the next round writes over what a save would take.
+  if (buffer::setLoopModeX == 0) AutoSaveWhenRecEnd();
 }
 
 void QZAppController::StartRecord2VideoandBrainwave() {

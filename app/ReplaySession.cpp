@@ -14,7 +14,8 @@ constexpr int kQuietSteps = 5;
 
 }  // namespace
 
-ReplaySession::ReplaySession() : reader_(source_) {}
+ReplaySession::ReplaySession(AddressSpace& space, const DocumentMachine* documents)
+    : reader_(source_), space_(space), documents_(documents) {}
 
 ReplaySession::~ReplaySession() = default;
 
@@ -27,7 +28,8 @@ ReplaySession::Opened ReplaySession::open(const std::string& path,
   time_ = std::make_unique<ManualTime>(reader_.startWallNanoseconds());
   serial_ = std::make_unique<ReplaySerialPorts>(
       reader_, *time_, [this](std::int64_t target) { time_->advanceTo(target); });
-  engine_ = std::make_unique<Engine>(Machine{*time_, *time_, *time_, space_, *serial_});
+  engine_ = std::make_unique<Engine>(
+      Machine{*time_, *time_, *time_, space_, *serial_, nullptr, documents_});
 
   std::string problem = applyCaptureSettings(*engine_, reader_.settings());
   if (!problem.empty()) return {Problem::File, path + ": " + problem};

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "AddressSpace.h"
 #include "CaptureReader.h"
 #include "Engine.h"
-#include "HeapAddressSpace.h"
 #include "ManualTime.h"
 #include "ReplaySerialPorts.h"
 
@@ -17,7 +18,9 @@ namespace ovka {
 /// and analysis, faster than real time and the same on every run. One thread.
 class ReplaySession {
  public:
-  ReplaySession();
+  /// `space` holds the samples; it and `documents` (nullptr: nothing is kept on disk) outlive the
+  /// session.
+  explicit ReplaySession(AddressSpace& space, const DocumentMachine* documents = nullptr);
   ~ReplaySession();
 
   /// Why a session could not be opened.
@@ -47,7 +50,8 @@ class ReplaySession {
  private:
   FileSource source_;
   CaptureReader reader_;
-  HeapAddressSpace space_;
+  AddressSpace& space_;
+  const DocumentMachine* documents_;
   std::unique_ptr<ManualTime> time_;
   std::unique_ptr<ReplaySerialPorts> serial_;
   std::unique_ptr<Engine> engine_;

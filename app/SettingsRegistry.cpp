@@ -4,9 +4,10 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <numeric>
 #include <optional>
 #include <sstream>
+
+#include "EditDistance.h"
 
 namespace ovka {
 namespace {
@@ -38,22 +39,6 @@ bool allowed(const Setting& setting, double value, std::string_view text) {
   return value >= setting.minimum && value <= setting.maximum;
 }
 
-/// Letters to change, add or drop to make one name of the other (Levenshtein distance).
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t above = row[j + 1];
-      row[j + 1] = std::min({above + 1, row[j] + 1, diagonal + (a[i] == b[j] ? 0U : 1U)});
-      diagonal = above;
-    }
-  }
-  return row.back();
-}
-
 }  // namespace
 
 Setting& SettingsRegistry::row(std::string_view name, Setting::Kind kind, double minimum,
@@ -82,7 +67,7 @@ void SettingsRegistry::onSet(std::string_view name, std::function<void(double)> 
 std::string SettingsRegistry::nearest(std::string_view name) const {
   const auto closest =
       std::min_element(settings_.begin(), settings_.end(), [&](const Setting& a, const Setting& b) {
-        return distance(name, a.name) < distance(name, b.name);
+        return editDistance(name, a.name) < editDistance(name, b.name);
       });
   return closest == settings_.end() ? std::string() : closest->name;
 }

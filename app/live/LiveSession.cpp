@@ -62,7 +62,8 @@ LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
     if (Opened opened = startCapture(choice); opened.problem != Problem::None) return opened;
   }
   SerialPorts& serial = capturing_ ? static_cast<SerialPorts&>(*capturing_) : serial_;
-  engine_ = std::make_unique<Engine>(Machine{clock_, threads_, mainLoop_, space_, serial});
+  engine_ = std::make_unique<Engine>(
+      Machine{clock_, threads_, mainLoop_, space_, serial, nullptr, choice.documents});
   for (const std::string& assignment : choice.assignments) {
     std::string problem = engine_->assign(assignment);
     if (!problem.empty()) return {Problem::Setting, std::move(problem)};

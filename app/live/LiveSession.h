@@ -8,6 +8,7 @@
 
 #include "CaptureWriter.h"
 #include "CapturingSerialPorts.h"
+#include "DocumentDesk.h"
 #include "Engine.h"
 #include "LinuxAddressSpace.h"
 #include "LinuxClock.h"
@@ -32,6 +33,8 @@ struct LiveChoice {
   /// A file that keeps every received block; empty for none.
   std::string capture;
   bool overwriteCapture = false;
+  /// Outlives the session; nullptr: nothing is kept on disk.
+  const DocumentMachine* documents = nullptr;
 };
 
 /// The engine on this machine: real clock, threads and serial lines, optionally the virtual

@@ -82,8 +82,8 @@ void LiveChain::finish() {
 }
 
 ReplayChain::ReplayChain(const std::string& path, const std::vector<std::string>& assignments,
-                         Pace pace)
-    : path_(path), pace_(pace) {
+                         Pace pace, const DocumentMachine* documents)
+    : session_(space_, documents), path_(path), pace_(pace) {
   const ReplaySession::Opened opened = session_.open(path, assignments);
   if (opened.problem != ReplaySession::Problem::None) refuse(opened.problem, opened.explanation);
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Engine.h"
+#include "LinuxAddressSpace.h"
 #include "LiveSession.h"
 #include "Options.h"
 #include "ReplaySession.h"
@@ -49,7 +50,8 @@ class ReplayChain final : public Chain {
  public:
   enum class Pace : std::uint8_t { Fast, Recorded };
   /// Throws Failure when it cannot be opened.
-  ReplayChain(const std::string& path, const std::vector<std::string>& assignments, Pace pace);
+  ReplayChain(const std::string& path, const std::vector<std::string>& assignments, Pace pace,
+              const DocumentMachine* documents = nullptr);
   [[nodiscard]] Engine& engine() override { return session_.engine(); }
   [[nodiscard]] std::chrono::nanoseconds elapsed() const override { return session_.elapsed(); }
   bool runTo(std::chrono::nanoseconds target, const StopSignals& stop) override;
@@ -58,6 +60,7 @@ class ReplayChain final : public Chain {
   [[nodiscard]] std::string source() const override { return path_; }
 
  private:
+  LinuxAddressSpace space_;
   ReplaySession session_;
   std::string path_;
   Pace pace_;

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "DocumentSpecs.h"
 #include "SimulatorArguments.h"
 
 namespace ovka::terminal {
@@ -18,6 +19,19 @@ Option seconds(const std::string& what) {
   return Option::number("seconds", "S", 0.01, 1e8, what);
 }
 
+Option portOption() {
+  return Option::text("port", "PATH",
+                      "A serial port; 'ovka ports' lists them. Model 1 has a port a channel: give "
+                      "them in the order of its channels.")
+      .repeated();
+}
+
+Option demoOption() {
+  return Option::flag("demo", "The built-in virtual amplifier; no hardware is needed.");
+}
+
+}  // namespace
+
 OptionGroup chainGroup() {
   return {"The chain", {kSet, kVerbose}};
 }
@@ -30,15 +44,8 @@ OptionGroup amplifierGroup() {
            Option::integer("speed", "N", 1, 16000, "Samples per second (SampleSpeed).")}};
 }
 
-Option portOption() {
-  return Option::text("port", "PATH",
-                      "A serial port; 'ovka ports' lists them. Model 1 has a port a channel: give "
-                      "them in the order of its channels.")
-      .repeated();
-}
-
-Option demoOption() {
-  return Option::flag("demo", "The built-in virtual amplifier; no hardware is needed.");
+OptionGroup sourceGroup() {
+  return {"Where the signal comes from", {portOption(), demoOption()}};
 }
 
 std::vector<OptionGroup> withDemoGroups(std::vector<OptionGroup> groups) {
@@ -48,6 +55,8 @@ std::vector<OptionGroup> withDemoGroups(std::vector<OptionGroup> groups) {
   }
   return groups;
 }
+
+namespace {
 
 CommandSpec liveSpec() {
   CommandSpec spec;
@@ -83,7 +92,10 @@ CommandSpec simulateSpec() {
   spec.summary = "Serve a virtual amplifier on a pseudo-terminal.";
   spec.description =
       "Makes a serial line that behaves as an amplifier and serves it until it is interrupted. The "
-      "first line of its output is the path to open. The same seed gives the same bytes.";
+      "first line of its output is the path to open. The same seed gives the same bytes. While it "
+      "runs it takes lines on standard input: 'ack LETTER' sends an acknowledgement, 'eyes "
+      "closed' and 'eyes open' turn the alpha waves up and down, 'overflow N' reports lost "
+      "samples, 'hang-up SECONDS' takes the line away.";
   spec.groups = {{"The amplifier", simulatorDeviceOptions()}};
   for (OptionGroup& group : signalGroups()) spec.groups.push_back(std::move(group));
   spec.groups.push_back(
@@ -115,7 +127,7 @@ CommandSpec captureSpec() {
       "Replaying "
       "the file gives the same samples and the same analysis, bit for bit.";
   spec.positionals = {{"FILE", "The capture file to write."}};
-  spec.groups = withDemoGroups({{"Where the signal comes from", {portOption(), demoOption()}},
+  spec.groups = withDemoGroups({sourceGroup(),
                                 amplifierGroup(),
                                 {"The file",
                                  {seconds("End after so many seconds."),
@@ -201,12 +213,32 @@ CommandSpec actionsSpec() {
   return spec;
 }
 
+CommandSpec benchSpec() {
+  CommandSpec spec;
+  spec.name = "bench";
+  spec.summary = "Measure how fast the analysis is on this machine.";
+  spec.description =
+      "Measures the transform on every instruction set of this processor, whole passes and band "
+      "queries beside the classic transform of the same length (a plain loop), in turns, and "
+      "prints medians. The "
+      "ratios hold where the times do not.";
+  spec.groups = {
+      {"Options",
+       {kJson, Option::integer("rounds", "N", 3, 1000, "Rounds to measure.").orElse("15")}}};
+  return spec;
+}
+
 }  // namespace
 
 const std::vector<CommandSpec>& commandSpecs() {
-  static const std::vector<CommandSpec> kSpecs{liveSpec(),    simulateSpec(), portsSpec(),
-                                               captureSpec(), replaySpec(),   decodeSpec(),
-                                               analyseSpec(), settingsSpec(), actionsSpec()};
+  static const std::vector<CommandSpec> kSpecs = [] {
+    std::vector<CommandSpec> specs{liveSpec(),   simulateSpec(), portsSpec(),  captureSpec(),
+                                   replaySpec(), decodeSpec(),   analyseSpec()};
+    for (CommandSpec& spec : documentSpecs()) specs.push_back(std::move(spec));
+    for (CommandSpec& spec : std::vector{settingsSpec(), actionsSpec(), benchSpec()})
+      specs.push_back(std::move(spec));
+    return specs;
+  }();
   return kSpecs;
 }
 

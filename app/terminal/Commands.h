@@ -23,7 +23,14 @@ void runCapture(const Arguments& arguments);
 void runReplay(const Arguments& arguments);
 void runDecode(const Arguments& arguments);
 void runAnalyse(const Arguments& arguments);
+void runRecord(const Arguments& arguments);
+void runInfo(const Arguments& arguments);
+void runConvert(const Arguments& arguments);
+void runPlay(const Arguments& arguments);
+void runPreset(const Arguments& arguments);
+void runRecover(const Arguments& arguments);
 void runSettings(const Arguments& arguments);
 void runActions(const Arguments& arguments);
+void runBench(const Arguments& arguments);
 
 }  // namespace ovka::terminal

@@ -63,7 +63,8 @@ std::string optionHelp(const Option& option) {
 
 std::string usageLine(const CommandSpec& spec) {
   std::string usage = "ovka " + spec.name;
-  for (const Positional& positional : spec.positionals) usage += " " + positional.name;
+  for (const Positional& positional : spec.positionals)
+    usage += positional.optional ? " [" + positional.name + "]" : " " + positional.name;
   return usage + " [options]";
 }
 

@@ -7,10 +7,11 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "DocumentHost.h"
 #include "Engine.h"
 #include "Failure.h"
-#include "HeapAddressSpace.h"
 #include "Json.h"
+#include "LinuxAddressSpace.h"
 #include "LinuxSerialPorts.h"
 #include "ManualTime.h"
 #include "Output.h"
@@ -21,14 +22,16 @@ namespace {
 /// An engine that is never started, for its registries.
 class IdleEngine {
  public:
-  IdleEngine() : time_(0), engine_({time_, time_, time_, space_, serial_}) {}
+  IdleEngine() : time_(0), engine_({time_, time_, time_, space_, serial_, nullptr, &documents_}) {}
   Engine& operator*() { return engine_; }
 
  private:
   Console console_{Console::Show::Nothing};
   ManualTime time_;
-  HeapAddressSpace space_;
+  LinuxAddressSpace space_;
   LinuxSerialPorts serial_;
+  DocumentHost host_;
+  DocumentMachine documents_ = host_.filesOnly(host_.folders);
   Engine engine_;
 };
 

@@ -9,6 +9,7 @@
 #include "Chain.h"
 #include "Commands.h"
 #include "Console.h"
+#include "DocumentHost.h"
 #include "Failure.h"
 #include "Numbers.h"
 #include "Presenter.h"
@@ -37,13 +38,15 @@ Console::Show showOf(const Arguments& arguments, bool screen) {
   return arguments.given("verbose") ? Console::Show::All : Console::Show::Important;
 }
 
-std::unique_ptr<Chain> chainOf(const Arguments& arguments) {
+std::unique_ptr<Chain> chainOf(const Arguments& arguments, const DocumentMachine& documents) {
   if (const auto capture = arguments.text("capture")) {
     refuseSignalWithoutDemo(arguments);
     return std::make_unique<ReplayChain>(*capture, assignmentsOf(arguments),
-                                         ReplayChain::Pace::Recorded);
+                                         ReplayChain::Pace::Recorded, &documents);
   }
-  return std::make_unique<LiveChain>(liveChoiceOf(arguments));
+  LiveChoice choice = liveChoiceOf(arguments);
+  choice.documents = &documents;
+  return std::make_unique<LiveChain>(choice);
 }
 
 /// Performs "SELECTOR" or "SELECTOR=VALUE".
@@ -81,7 +84,9 @@ void runLive(const Arguments& arguments) {
   const bool screen =
       !arguments.given("json") && !arguments.given("plain") && TerminalScreen::usable();
   Console console(showOf(arguments, screen));
-  const std::unique_ptr<Chain> chain = chainOf(arguments);
+  DocumentHost host;
+  const DocumentMachine documents = host.viewer();
+  const std::unique_ptr<Chain> chain = chainOf(arguments, documents);
   console.started();
   for (const std::string& action : arguments.all("do")) perform(chain->engine(), action);
   present(*chain, presentationOf(arguments, screen), stop, console);

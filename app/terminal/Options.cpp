@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <numeric>
 #include <utility>
 
+#include "EditDistance.h"
 #include "Failure.h"
 #include "Numbers.h"
 
@@ -31,22 +31,6 @@ std::vector<std::string> optionNames(const CommandSpec& spec) {
     for (const Option& option : group.options) names.push_back(option.name);
   }
   return names;
-}
-
-/// Letters to change, add or drop to make one word of the other (Levenshtein distance).
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t above = row[j + 1];
-      row[j + 1] = std::min({above + 1, row[j] + 1, diagonal + (a[i] == b[j] ? 0U : 1U)});
-      diagonal = above;
-    }
-  }
-  return row.back();
 }
 
 bool holdsWord(std::string_view words, std::string_view word) {
@@ -240,7 +224,8 @@ class LineParser {
   }
 
   void checkWhole() const {
-    if (const std::size_t count = result_.positionals_.size(); count < spec_.positionals.size())
+    if (const std::size_t count = result_.positionals_.size();
+        count < spec_.positionals.size() && !spec_.positionals[count].optional)
       wrongUsage(spec_, "the " + spec_.positionals[count].name + " is missing");
     for (const Exclusive& exclusive : spec_.exclusives) {
       std::string all;
@@ -270,7 +255,7 @@ std::string didYouMean(std::string_view word, std::span<const std::string> candi
   std::size_t best = std::max<std::size_t>(2, word.size() / 3) + 1;
   for (const std::string& candidate : candidates) {
     const bool begins = word.size() >= 3 && candidate.starts_with(word);
-    const std::size_t letters = begins ? 1 : distance(word, candidate);
+    const std::size_t letters = begins ? 1 : editDistance(word, candidate);
     if (letters < best && letters < candidate.size()) {
       best = letters;
       nearest = candidate;

@@ -55,6 +55,7 @@ struct OptionGroup {
 struct Positional {
   std::string name;  ///< what help calls it ("CAPTURE")
   std::string help;
+  bool optional = false;  ///< only behind those that are not
 };
 
 /// Options of which at most one may stand on a line, and whether one must.
@@ -88,6 +89,8 @@ class Arguments {
   /// Every value of a repeatable option, in the order of the line.
   [[nodiscard]] std::vector<std::string> all(std::string_view name) const;
   [[nodiscard]] const std::string& positional(std::size_t index) const;
+  /// Arguments without a name that stood on the line.
+  [[nodiscard]] std::size_t positionals() const { return positionals_.size(); }
   [[nodiscard]] bool helpWanted() const { return helpWanted_; }
 
  private:

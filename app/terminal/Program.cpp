@@ -18,15 +18,22 @@ struct Command {
   void (*run)(const Arguments&);
 };
 
-constexpr std::array<Command, 9> kCommands{{{"live", runLive},
-                                            {"simulate", runSimulate},
-                                            {"ports", runPorts},
-                                            {"capture", runCapture},
-                                            {"replay", runReplay},
-                                            {"decode", runDecode},
-                                            {"analyse", runAnalyse},
-                                            {"settings", runSettings},
-                                            {"actions", runActions}}};
+constexpr std::array<Command, 16> kCommands{{{"live", runLive},
+                                             {"simulate", runSimulate},
+                                             {"ports", runPorts},
+                                             {"capture", runCapture},
+                                             {"replay", runReplay},
+                                             {"decode", runDecode},
+                                             {"analyse", runAnalyse},
+                                             {"record", runRecord},
+                                             {"info", runInfo},
+                                             {"convert", runConvert},
+                                             {"play", runPlay},
+                                             {"preset", runPreset},
+                                             {"recover", runRecover},
+                                             {"settings", runSettings},
+                                             {"actions", runActions},
+                                             {"bench", runBench}}};
 
 const CommandSpec& findCommand(const std::string& name) {
   std::vector<std::string> names;

@@ -11,6 +11,7 @@
 #include "Output.h"
 #include "PseudoTerminal.h"
 #include "SimulatorArguments.h"
+#include "SimulatorConsole.h"
 #include "SimulatorServer.h"
 #include "StopSignals.h"
 
@@ -35,12 +36,21 @@ void runSimulate(const Arguments& arguments) {
   Output output;
   output.write(line.path() + "\n");
   output.flush();
+  if (options.oldBluetooth) {
+    std::fprintf(stderr, "the old Bluetooth head set; read it with: --set oldBluetooth=1\n");
+  } else {
+    std::fprintf(stderr, "read it with: ovka live --port %s --model %u --config %u\n",
+                 line.path().c_str(), options.model, options.config);
+  }
 
   const LinuxClock clock;
   const std::int64_t start = clock.nanoseconds();
   const auto length = static_cast<std::int64_t>(arguments.number("seconds").value_or(1e9) * 1e9);
-  while (!stop.stopped() && clock.nanoseconds() - start < length)
+  SimulatorConsole console(amplifier, server);
+  while (!stop.stopped() && clock.nanoseconds() - start < length) {
+    console.poll(clock.nanoseconds());
     stop.wait(server.serveOnce(clock.nanoseconds()));
+  }
 }
 
 }  // namespace ovka::terminal

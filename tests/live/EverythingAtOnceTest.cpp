@@ -1,3 +1,4 @@
+#include <atomic>
 #include <chrono>
 #include <doctest/doctest.h>
 #include <string>
@@ -50,7 +51,10 @@ TEST_CASE("settings and the capacity change while everything runs at the full ra
     }
   }
   const std::int64_t before = engine.decoder().framesStored();
-  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (engine.decoder().framesStored() == before && std::chrono::steady_clock::now() < patience) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
   CHECK(engine.decoder().framesStored() > before);
   done = true;
   asking.join();

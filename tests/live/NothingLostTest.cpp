@@ -7,41 +7,17 @@
 
 #include "BufferVariables.h"
 #include "CapturedPrint.h"
+#include "LinuxAddressSpace.h"
 #include "LiveSession.h"
+#include "PlainLineRules.h"
 #include "ReplaySession.h"
 
 using namespace ovka;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-/// The line rules once more, a byte at a time: which 16-byte lines are samples, what is lost.
-struct PlainLineRules {
-  Bytes line;
-  std::vector<Bytes> samples;
-  long long tooLong = 0;
-  long long wrongLength = 0;
-
-  void takeBatch(const Bytes& batch) {
-    for (std::size_t i = 0; i < batch.size(); ++i) {
-      line.push_back(batch[i]);
-      if (line.size() > 16) {
-        line.clear();
-        ++tooLong;
-      } else if (batch[i] == '\r' && i > 14) {
-        endLine();
-      }
-    }
-  }
-
-  void endLine() {
-    const bool speedEcho = line.size() < 9 && line[0] == 's' && line[1] == 'r';
-    if (line.size() == 16) samples.push_back(line);
-    if (line.size() != 16 && !speedEcho) ++wrongLength;
-    line.clear();
-  }
-};
+using testing::PlainLineRules;
+using Bytes = PlainLineRules::Bytes;
 
 std::vector<Bytes> blocksAfterGreeting(const std::string& path) {
   FileSource source;
@@ -67,12 +43,12 @@ std::vector<Bytes> blocksAfterGreeting(const std::string& path) {
 /// block at once.
 PlainLineRules rulesOver(const std::vector<Bytes>& blocks, std::size_t decodedAtOnce) {
   PlainLineRules rules;
-  for (std::size_t i = 0; i < decodedAtOnce; ++i) rules.takeBatch(blocks[i]);
+  for (std::size_t i = 0; i < decodedAtOnce; ++i) rules.takeBlock(blocks[i]);
   for (std::size_t i = decodedAtOnce; i + 4 <= blocks.size(); i += 4) {
     Bytes batch;
     for (std::size_t k = i; k < i + 4; ++k)
       batch.insert(batch.end(), blocks[k].begin(), blocks[k].end());
-    rules.takeBatch(batch);
+    rules.takeBlock(batch);
   }
   return rules;
 }
@@ -179,7 +155,8 @@ TEST_CASE("fixed framing loses no frame, and a replay gives the same samples") {
     CHECK(session.engine().losses().wrongLengthLines.get() == 0);
   }
   const testing::CapturedPrint quiet;
-  ReplaySession replay;
+  LinuxAddressSpace space;
+  ReplaySession replay(space);
   REQUIRE(replay.open(recording.path, {}).explanation.empty());
   replay.run();
   CHECK(replay.damage() == "");

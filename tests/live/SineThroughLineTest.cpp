@@ -33,6 +33,7 @@ LiveChoice sineChoice(const Row& row) {
   choice.assignments = {"SelectDevice=" + std::to_string(row.model),
                         "DeviceConfig=" + std::to_string(row.config),
                         "FixedFramingX=" + std::to_string(row.framing),
+                        "MaxTimeActionX=0",
                         "SampleSpeed=1024",
                         "fftp=1024",
                         "windSape=r",

@@ -73,7 +73,8 @@ class ScreenProcess {
 
  private:
   [[noreturn]] void run(const std::function<void(StopSignals&, TerminalScreen&)>& body) const {
-    alarm(20);  // never outlives the test
+    alarm(20);                   // never outlives the test
+    ::signal(SIGABRT, SIG_DFL);  // the test program's own handler is not the terminal program's
     dup2(slave_, 0);
     dup2(slave_, 1);
     {

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <vector>
+
+#include "Options.h"
+
+namespace ovka::terminal {
+
+/// The commands that work on documents, presets and journals.
+[[nodiscard]] std::vector<CommandSpec> documentSpecs();
+
+// Groups and options that several commands have.
+[[nodiscard]] OptionGroup chainGroup();
+[[nodiscard]] OptionGroup amplifierGroup();
+[[nodiscard]] OptionGroup sourceGroup();  ///< --port, --demo
+[[nodiscard]] std::vector<OptionGroup> withDemoGroups(std::vector<OptionGroup> groups);
+
+}  // namespace ovka::terminal

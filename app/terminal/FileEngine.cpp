@@ -1,0 +1,62 @@
+#include "FileEngine.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <system_error>
+#include <unistd.h>
+
+#include "Failure.h"
+#include "LinuxClock.h"
+
+namespace ovka::terminal {
+
+FileEngine::FileEngine(const DocumentMachine& documents,
+                       const std::vector<std::string>& assignments)
+    : time_(LinuxClock().wallNanoseconds()),
+      engine_({time_, time_, time_, space_, serial_, nullptr, &documents}) {
+  assignAll(engine_, assignments);
+  if (const std::string problem = engine_.start(); !problem.empty())
+    throw Failure(ExitCode::Failed, problem);
+  desk().panel().SevDevConfig4();
+  desk().switches().open.set(DocumentSwitch::AutoPortSetupWhenOpen, true);
+  // What is opened and saved again stays as it was, to the byte.
+  desk().switches().open.set(DocumentSwitch::Recordingmode, true);
+}
+
+void openDocument(DocumentDesk& desk, const std::string& path) {
+  DocumentError error;
+  if (!desk.open(path, &error)) {
+    const std::string line = lineOf(error);
+    throw Failure(ExitCode::BadInput,
+                  line.find(path) != std::string::npos ? line : path + ": " + line);
+  }
+  for (const std::string& problem : desk.takeProblems())
+    std::fprintf(stderr, "ovka: %s: %s\n", path.c_str(), problem.c_str());
+}
+
+void assignAll(Engine& engine, const std::vector<std::string>& assignments) {
+  for (const std::string& assignment : assignments) {
+    if (const std::string problem = engine.assign(assignment); !problem.empty())
+      throw Failure(ExitCode::Usage, problem);
+  }
+}
+
+ScratchFolder::ScratchFolder(const std::string& beside) {
+  const std::size_t slash = beside.rfind('/');
+  path_ = (slash == std::string::npos ? "." : beside.substr(0, slash)) + "/.ovka-XXXXXX";
+  if (mkdtemp(path_.data()) == nullptr) {
+    throw Failure(ExitCode::Output, "cannot make a folder beside " + beside + ": " +
+                                        std::generic_category().message(errno));
+  }
+}
+
+ScratchFolder::~ScratchFolder() {
+  LinuxFiles files;
+  int error = 0;
+  for (const std::string& name : files.list(path_, &error))
+    static_cast<void>(files.remove(path_ + "/" + name));
+  rmdir(path_.c_str());
+}
+
+}  // namespace ovka::terminal

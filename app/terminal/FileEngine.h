@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "DocumentHost.h"
+#include "Engine.h"
+#include "LinuxAddressSpace.h"
+#include "LinuxSerialPorts.h"
+#include "ManualTime.h"
+
+namespace ovka::terminal {
+
+/// An engine that acquires nothing, on a clock that only moves when told to: for work on files.
+/// Opening a document never opens a port here.
+class FileEngine {
+ public:
+  /// `documents` outlives it. Throws Failure.
+  FileEngine(const DocumentMachine& documents, const std::vector<std::string>& assignments);
+
+  Engine& engine() { return engine_; }
+  DocumentDesk& desk() { return *engine_.documents(); }
+  ManualTime& time() { return time_; }
+
+ private:
+  ManualTime time_;
+  LinuxAddressSpace space_;
+  LinuxSerialPorts serial_;
+  Engine engine_;
+};
+
+/// Opens a document. Throws Failure (ExitCode::BadInput); settings that could not be taken are
+/// named on standard error.
+void openDocument(DocumentDesk& desk, const std::string& path);
+
+/// The same assignments as Engine::assign takes, one by one. Throws Failure (ExitCode::Usage).
+void assignAll(Engine& engine, const std::vector<std::string>& assignments);
+
+/// A folder beside a file that is to be written, gone with this object: work on files leaves the
+/// user's own backups alone.
+class ScratchFolder {
+ public:
+  /// Throws Failure (ExitCode::Output).
+  explicit ScratchFolder(const std::string& beside);
+  ~ScratchFolder();
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace ovka::terminal

@@ -1,0 +1,266 @@
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <doctest/doctest.h>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BufferVariables.h"
+#include "CapturedPrint.h"
+#include "DocumentDesk.h"
+#include "Engine.h"
+#include "HeapAddressSpace.h"
+#include "LinuxFileLocks.h"
+#include "LinuxFiles.h"
+#include "LinuxSerialPorts.h"
+#include "ManualTime.h"
+#include "TemporaryFolder.h"
+
+using namespace ovka;
+using namespace std::chrono_literals;
+
+namespace {
+
+struct FakeDialogs final : Dialogs {
+  void alert(std::string_view message, std::string_view detail) override {
+    alerts.push_back(std::string(message) + "|" + std::string(detail));
+  }
+  bool confirm(std::string_view /*message*/, std::string_view /*detail*/) override { return yes; }
+  void beep() override {}
+  std::vector<std::string> alerts;
+  bool yes = true;
+};
+
+struct OneFolder final : Folders {
+  explicit OneFolder(std::string path) : path_(std::move(path)) {}
+  [[nodiscard]] std::string resolve(std::string_view path) const override {
+    for (const std::string_view prefix : {"/Users/Shared/", "~/Library/Preferences/"}) {
+      if (path.starts_with(prefix)) return path_ + "/" + std::string(path.substr(prefix.size()));
+    }
+    return std::string(path);
+  }
+  std::string path_;
+};
+
+/// An engine on the manual clock that keeps documents in a folder of its own.
+struct Desk {
+  testing::CapturedPrint quiet;
+  testing::TemporaryFolder folder;
+  OneFolder folders{folder.path()};
+  LinuxFiles files;
+  LinuxFileLocks locks;
+  LinuxHostFacts host;
+  FakeDialogs dialogs;
+  DocumentMachine documents{files, locks, folders, host, dialogs, true, true, {}};
+  ManualTime time{1'000'000'000'000'000'000};
+  HeapAddressSpace space;
+  LinuxSerialPorts serial;
+  Engine engine{Machine{time, time, time, space, serial, nullptr, &documents}};
+  DocumentDesk& desk = *engine.documents();
+
+  Desk() {
+    REQUIRE(engine.assign("maxploop=20000").empty());
+    REQUIRE(engine.start().empty());
+  }
+  ~Desk() { engine.stop(); }
+
+  /// As acquisition does: frames at the current point while a recording runs.
+  void record(int points) {
+    buffer::setRecModeX = kRecording;
+    buffer::setPauseX = 0;
+    for (int i = 0; i < points; ++i) {
+      const auto base = static_cast<std::int32_t>(buffer::ploop.get() * 10);
+      for (std::int32_t c = 0; c < buffer::kChannels; ++c)
+        engine.store().putIntToBuffer(c, buffer::ploop, base + c);
+      engine.store().finishFrame();
+      if (i % 24 == 0) time.advance(200ms);
+    }
+    time.advance(1s);
+  }
+
+  [[nodiscard]] std::int32_t stored(std::int32_t channel, std::int64_t point) {
+    return engine.store().storedValue(channel, point);
+  }
+
+  [[nodiscard]] int journals() const {
+    int count = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+      if (entry.path().extension() == ".ovkajournal") ++count;
+    }
+    return count;
+  }
+  void open(const std::string& path) {
+    DocumentError error;
+    const bool done = desk.open(path, &error);
+    REQUIRE_MESSAGE(done, error.detail);
+  }
+  void save(const std::string& path) {
+    DocumentError error;
+    const bool done = desk.save(path, &error);
+    REQUIRE_MESSAGE(done, error.detail);
+  }
+};
+
+}  // namespace
+
+TEST_CASE("a document brings samples, settings and annotations back and stands at its end") {
+  Desk now;
+  REQUIRE(now.engine.assign("SelectDevice=6").empty());
+  REQUIRE(now.engine.assign("DeviceConfig=3").empty());
+  REQUIRE(now.engine.assign("SampleSpeed=240").empty());
+  REQUIRE(now.engine.assign("setACNumber=3").empty());
+  now.desk.panel().SevDevConfig4();
+  now.record(500);
+  now.engine.annotations().addAt(120, "eyes open");
+  now.engine.annotations().addAt(360, "\xC3\xA4 \"quoted\"");
+  const std::string path = now.folder.at("a.ovkanote");
+  now.save(path);
+  const std::string first = testing::contentsOf(path);
+  now.engine.store().recCleare();
+  now.engine.annotations().removeAll();
+  buffer::ploop = 0;
+  for (const char* other : {"SelectDevice=0", "SampleSpeed=120", "setACNumber=0"})
+    REQUIRE(now.engine.assign(other).empty());
+
+  now.open(path);
+  CHECK(buffer::ploop == 500);
+  CHECK(buffer::setRecModeX == kPlayback);
+  CHECK(buffer::setPauseX == 1);
+  CHECK(buffer::SelectDevice == 6U);
+  CHECK(buffer::SampleSpeed == 240U);
+  CHECK(now.engine.settings().find("setACNumber")->get() == 3);
+  for (std::int32_t channel = 0; channel < buffer::kChannels; ++channel)
+    CHECK(now.stored(channel, 499) == 4990 + channel);
+  const std::vector<TimedText> texts = now.engine.annotations().list();
+  REQUIRE(texts.size() == 2);
+  CHECK(texts[1].text == "\xC3\xA4 \"quoted\"");
+  CHECK(texts[1].point == 360);
+  CHECK(now.desk.frontDocumentName() == "a");
+  now.time.advance(5s);
+  CHECK(buffer::ploop == 500);  // nothing moves until it is played
+
+  // With the recording mode taken over, too, saving gives the same file.
+  REQUIRE(now.engine.actions().perform("selectsetRecordingmode:", 1));
+  now.open(path);
+  now.save(now.folder.at("b.ovkanote"));
+  const bool same = testing::contentsOf(now.folder.at("b.ovkanote")) == first;
+  CHECK(same);
+}
+
+TEST_CASE("a document plays at its own speed and stops at its end") {
+  Desk now;
+  now.record(600);
+  now.save(now.folder.at("a.ovkanote"));
+  REQUIRE(now.engine.actions().perform("setOpenPortRecordingAction:"));
+  now.open(now.folder.at("a.ovkanote"));
+  now.time.advance(2s);
+  CHECK(buffer::ploop >= 235);
+  CHECK(buffer::ploop <= 241);
+  now.time.advance(10s);
+  CHECK(buffer::ploop == 600);
+  CHECK(buffer::setPauseX == 1);
+}
+
+TEST_CASE("a journal goes with the document that holds everything, not before") {
+  Desk now;
+  REQUIRE(now.engine.assign("DeviceConfig=3").empty());
+  now.desk.panel().SevDevConfig1();
+  now.record(300);
+  CHECK(now.journals() == 1);
+  now.save(now.folder.at("some.ovkanote"));
+  CHECK(now.journals() == 1);  // channels 2 to 4 are in no document
+
+  DocumentError error;
+  now.desk.panel().SevDevConfig4();
+  CHECK_FALSE(now.desk.save(now.folder.at("missing/a.ovkanote"), &error));
+  CHECK(error.detail.find("missing/a.ovkanote") != std::string::npos);
+  CHECK(now.journals() == 1);
+
+  now.save(now.folder.at("all.ovkanote"));
+  now.engine.stop();
+  CHECK(now.journals() == 0);
+}
+
+TEST_CASE("an unsaved recording is found after the program and saved then") {
+  testing::TemporaryFolder kept;
+  {
+    Desk now;
+    now.record(400);
+    now.engine.annotations().add("here");
+    now.time.advance(1s);
+    now.engine.stop();
+    REQUIRE(now.journals() == 1);
+    std::filesystem::copy(now.folder.path(), kept.path(),
+                          std::filesystem::copy_options::recursive |
+                              std::filesystem::copy_options::overwrite_existing);
+  }
+  Desk now;
+  now.folders.path_ = kept.path();
+  int code = 0;
+  const std::vector<JournalSession> sessions = now.desk.catalogue().sessions(&code);
+  REQUIRE(sessions.size() == 1);
+  CHECK(now.desk.recover(sessions[0]).empty());
+  CHECK(buffer::ploop == 400);
+  CHECK(now.stored(4, 399) == 3994);
+  REQUIRE(now.engine.annotations().list().size() == 1);
+  CHECK(now.engine.annotations().list()[0].text == "here");
+  now.desk.panel().SevDevConfig4();
+  now.save(kept.at("back.ovkanote"));
+  CHECK_FALSE(std::filesystem::exists(sessions[0].parts[0]));
+}
+
+TEST_CASE("what the document actions do") {
+  Desk now;
+  const auto perform = [&](const char* selector) {
+    REQUIRE_MESSAGE(now.engine.actions().perform(selector), selector);
+  };
+  now.record(100);
+  perform("saveDocumentwithDate:");
+  const std::string path = now.desk.frontPath();
+  CHECK(path.starts_with(now.folder.path() + "/OVKADocuments/OVKA"));
+  const std::string document = testing::contentsOf(path);
+  CHECK(document.size() > 1000);
+
+  perform("setSaveAsReference:");
+  perform("savePreSetPreference:");
+  CHECK(testing::contentsOf(path) == document);  // reference data lies beside it
+  CHECK(testing::contentsOf(path + "-reference").size() < 10);
+
+  now.dialogs.yes = false;
+  perform("setBufferZeroNewBrainNote:");
+  now.desk.saveFrontDocument();
+  CHECK(buffer::ploop == 100);
+  now.dialogs.yes = true;
+  perform("setBufferZeroNewBrainNote:");
+  now.desk.saveFrontDocument();
+  CHECK(buffer::ploop == 0);
+  CHECK(now.desk.frontDocumentName() == "Untitled");
+
+  now.record(50);
+  perform("setselectSaveAction:");
+  buffer::ploop = 0;
+  perform("setselectOpenAction:");
+  CHECK(buffer::ploop == 50);
+  CHECK(buffer::setRecModeX == kPlayback);
+  perform("SevDevConfig2:");
+  CHECK_FALSE(now.desk.switches().save.channel(3));
+  CHECK(now.dialogs.alerts.empty());
+  perform("setPortONandLoadPrefAction:");  // no such preset, no port chosen
+  CHECK(now.dialogs.alerts.size() == 2);
+}
+
+TEST_CASE("backups come by the clock, a full recording saves itself") {
+  Desk now;
+  REQUIRE(now.engine.assign("timeMX=1").empty());
+  REQUIRE(now.engine.assign("maxploop=200").empty());
+  buffer::AutoSaveX = 1;
+  now.record(150);
+  now.time.advance(130s);
+  CHECK(testing::contentsOf(now.folder.at("OVKABackups/CH0DATA.ovka")).size() >= 600);
+  now.record(100);
+  CHECK_FALSE(now.desk.frontPath().empty());
+  CHECK(testing::contentsOf(now.desk.frontPath()).size() > 1000);
+}

@@ -1,0 +1,338 @@
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <doctest/doctest.h>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <random>
+#include <sstream>
+#include <string>
+#include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "FarEnd.h"
+#include "JournalBench.h"
+#include "LinuxAddressSpace.h"
+#include "LinuxClock.h"
+#include "LinuxFileLocks.h"
+#include "LinuxFiles.h"
+#include "LinuxThreadLauncher.h"
+
+// Real processes, files and times: what a killed program and a full disk leave behind.
+
+using namespace ovka;
+using namespace ovka::testing;
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::uint32_t kSpeed = 1920;
+constexpr std::int64_t kFirstFrame = 1000;
+
+/// What the acquiring process tells the one that kills it.
+struct Told {
+  std::atomic<std::int64_t> frames{0};
+  std::atomic<bool> ended{false};
+};
+
+class SharedTold {
+ public:
+  SharedTold() {
+    void* memory =
+        ::mmap(nullptr, sizeof(Told), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    REQUIRE(memory != MAP_FAILED);
+    told_ = new (memory) Told;
+  }
+  ~SharedTold() { ::munmap(told_, sizeof(Told)); }
+  Told& operator*() const { return *told_; }
+  Told* operator->() const { return told_; }
+
+ private:
+  Told* told_;
+};
+
+/// Acquires at the real rate until it is killed.
+[[noreturn]] void acquireForEver(const std::string& folder, std::uint64_t capacity, Told& told) {
+  buffer::resetVariables();
+  buffer::SampleSpeed = kSpeed;
+  buffer::setLoopModeX = 1;
+  buffer::setRecModeX = 1;
+  LinuxAddressSpace space;
+  RecordingShell shell;
+  SampleStore store(space, shell.recording, shell.annotations);
+  LinuxFiles files;
+  LinuxFileLocks locks;
+  LinuxClock clock;
+  const FixedFolder folders(folder);
+  const FixedHost host;
+  store.initMalloc(capacity);
+  store.recCleare();
+  JournalWriter journal({store, files, locks, folders, host, clock});
+  LinuxThreadLauncher threads;
+  journal.start(threads);
+  const std::int64_t start = clock.nanoseconds();
+  for (std::int64_t stored = 0;;) {
+    const std::int64_t due = (clock.nanoseconds() - start) / 1000 * kSpeed / 1'000'000;
+    while (stored < due) {
+      store.storeFrame(frameOf(kFirstFrame + stored));
+      told.frames = ++stored;
+    }
+    ::usleep(5000);
+  }
+}
+
+std::map<std::string, std::string> contentsOf(const fs::path& folder) {
+  std::map<std::string, std::string> contents;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    contents[entry.path()] = bytes.str();
+  }
+  return contents;
+}
+
+/// Checks that the buffer holds the frames up to some moment, back to the first one or a full
+/// round. That moment: frames stored by then.
+std::int64_t checkRecovered(const SampleStore& store, std::int64_t capacity) {
+  const std::int64_t position = buffer::ploop;
+  const std::int64_t newest = (position + capacity - 1) % capacity;
+  const std::int64_t frames = store.storedValue(0, newest) - kFirstFrame + 1;
+  const std::int64_t held = std::min(frames, capacity);
+  std::int64_t wrong = 0;
+  for (std::int64_t i = 0; i < held; ++i) {
+    const std::int64_t frame = kFirstFrame + frames - 1 - i;
+    const std::int64_t point = (newest + capacity - i % capacity) % capacity;
+    wrong += wrongPoints(store, point, point + 1, frame);
+  }
+  CHECK(wrong == 0);
+  return frames;
+}
+
+void killOnce(const std::string& folder, std::uint64_t capacity, std::chrono::milliseconds after,
+              std::int64_t* mostLost) {
+  const SharedTold told;
+  const auto before = contentsOf(folder);
+  const pid_t child = ::fork();
+  REQUIRE(child >= 0);
+  if (child == 0) acquireForEver(folder, capacity, *told);
+  std::this_thread::sleep_for(after);
+  LinuxFiles files;
+  LinuxFileLocks locks;
+  const FixedFolder folders(folder);
+  int error = 0;
+  // A running recording is nobody's to recover.
+  CHECK(JournalCatalogue(files, locks, folders).sessions(&error).size() == before.size());
+  ::kill(child, SIGKILL);
+  const std::int64_t stored = told->frames;
+  int status = 0;
+  REQUIRE(::waitpid(child, &status, 0) == child);
+  REQUIRE(WIFSIGNALED(status));
+
+  std::vector<std::string> parts;
+  for (const auto& [path, bytes] : contentsOf(folder)) {
+    const auto old = before.find(path);
+    if (old == before.end()) parts.push_back(path);
+    if (old != before.end()) CHECK(old->second == bytes);
+  }
+  CHECK(error == 0);
+  CHECK(JournalCatalogue(files, locks, folders).sessions(&error).size() ==
+        before.size() + parts.size());
+  std::int64_t recovered = 0;
+  if (!parts.empty()) {
+    const Recovered back(files, parts);
+    CHECK(back.problem == "");
+    CHECK(back.session.damagedPlaces + back.session.missingPoints == 0);
+    CHECK(buffer::SampleSpeed == kSpeed);
+    recovered = checkRecovered(back.store, static_cast<std::int64_t>(capacity));
+  }
+  *mostLost = std::max(*mostLost, stored - recovered);
+  CHECK(stored - recovered <= kSpeed);
+}
+
+}  // namespace
+
+TEST_CASE("killed while acquiring at 1920 samples a second: at most one second is lost") {
+  const TemporaryFolder folder;
+  std::random_device seed;
+  std::mt19937 random(seed());
+  const bool thorough = std::getenv("OVKA_LONG_TESTS") != nullptr;
+  std::int64_t mostLost = 0;
+  for (int round = 0; round < (thorough ? 200 : 10); ++round) {
+    CAPTURE(round);
+    // Every other round loops over a third of a second.
+    const std::uint64_t capacity = round % 2 == 0 ? 432'000 : 640;
+    const auto after = std::chrono::milliseconds(random() % (thorough ? 3000 : 1200));
+    CAPTURE(after.count());
+    killOnce(folder.path(), capacity, after, &mostLost);
+  }
+  MESSAGE("most lost: " << mostLost * 1000 / kSpeed << " ms");
+}
+
+TEST_CASE("a disk that fills up and gets room again") {
+  const TemporaryFolder folder;
+  const std::string path = folder.path();
+  if (::mount("tmpfs", path.c_str(), "tmpfs", 0, "size=2m") != 0) {
+    MESSAGE("skipped: a small file system cannot be mounted here");
+    return;
+  }
+  struct Unmount {
+    ~Unmount() { ::umount2(path.c_str(), MNT_DETACH); }
+    const std::string& path;
+  } const unmount{path};
+  JournalBenchOn<LinuxFiles> bench(432'000, path);
+  buffer::SampleSpeed = kSpeed;
+  bench.acquire(120s);
+  CHECK(bench.journal.status().error == ENOSPC);
+  CHECK(bench.printed.find("recording goes on in memory") != std::string::npos);
+  CHECK(bench.printed.find("No space left on device(28).\n") != std::string::npos);
+  // What fitted is readable.
+  std::vector<std::string> parts;
+  for (const auto& [name, bytes] : contentsOf(path)) parts.push_back(name);
+  {
+    FakeLocks locks;
+    const auto session = JournalCatalogue(bench.disk, locks, bench.folders).read(parts);
+    CHECK(session->end > 60'000);
+    CHECK(session->missingPoints == 0);
+  }
+  REQUIRE(::mount("tmpfs", path.c_str(), "tmpfs", MS_REMOUNT, "size=64m") == 0);
+  bench.acquire(20s);
+  CHECK(bench.printed.find("goes on in " + path) != std::string::npos);
+  bench.journal.stop();
+  parts.clear();
+  for (const auto& [name, bytes] : contentsOf(path)) parts.push_back(name);
+  CHECK(parts.size() >= 2);
+  const std::int64_t stored = buffer::ploop;
+  const Recovered back(bench.disk, parts);
+  CHECK(buffer::ploop == stored);
+  CHECK(wrongPoints(back.store, 0, stored, 1000) == 0);
+}
+
+TEST_CASE(
+    "a folder that cannot be made, and one that vanishes: recording goes on, all comes back") {
+  const TemporaryFolder place;
+  const fs::path folder = place.path() / "OVKABackups";
+  std::ofstream(folder) << "in the way";
+  JournalBenchOn<LinuxFiles> bench(432'000, folder);
+  bench.acquire(10s);
+  CHECK(bench.printed.find(folder.string() + "; recording goes on in memory") != std::string::npos);
+  fs::remove(folder);
+  bench.acquire(10s);
+  CHECK(bench.journal.status().error == 0);
+  fs::remove_all(folder);
+  bench.printed.clear();
+  bench.acquire(10s);
+  CHECK(bench.printed.find("No such file or directory(2).\n") != std::string::npos);
+  CHECK(bench.printed.find("goes on in " + folder.string()) != std::string::npos);
+  bench.journal.stop();
+  std::vector<std::string> parts;
+  for (const auto& [name, bytes] : contentsOf(folder)) parts.push_back(name);
+  CHECK(parts.size() == 1);
+  const std::int64_t stored = buffer::ploop;
+  REQUIRE(stored == 3600);
+  const Recovered back(bench.disk, parts);
+  CHECK(buffer::ploop == stored);
+  CHECK(wrongPoints(back.store, 0, stored, 1000) == 0);
+}
+
+TEST_CASE("a folder without permission: recording goes on, the journal follows once it may") {
+  const TemporaryFolder place;
+  const fs::path folder = place.path() / "OVKABackups";
+  fs::create_directory(folder);
+  // The superuser may write everywhere: somebody else has to try.
+  constexpr uid_t kNobody = 65534;
+  const bool super = ::geteuid() == 0;
+  if (super) {
+    REQUIRE(::chown(place.path().c_str(), kNobody, kNobody) == 0);
+    REQUIRE(::chown(folder.c_str(), kNobody, kNobody) == 0);
+    REQUIRE(::seteuid(kNobody) == 0);
+  }
+  struct Back {
+    ~Back() {
+      if (super) static_cast<void>(::seteuid(0));
+    }
+    bool super;
+  } const back{super};
+  fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+  JournalBenchOn<LinuxFiles> bench(432'000, folder);
+  bench.acquire(3s);
+  CHECK(bench.printed.find("Permission denied(13).\n") != std::string::npos);
+  fs::permissions(folder, fs::perms::owner_all);
+  bench.acquire(8s);
+  CHECK(bench.journal.status().error == 0);
+  CHECK(bench.journal.status().waiting < 100);
+}
+
+TEST_CASE("every call at once on real threads") {
+  const TemporaryFolder folder;
+  const std::string document = folder.path() / "note";
+  std::ofstream(document) << "{}";
+  BufferBench bench(2000);
+  buffer::SampleSpeed = kSpeed;
+  buffer::setLoopModeX = 1;
+  buffer::setRecModeX = 1;
+  LinuxFiles files;
+  LinuxFileLocks locks;
+  LinuxClock clock;
+  const FixedFolder folders(folder.path());
+  const FixedHost host;
+  JournalWriter journal({bench.store, files, locks, folders, host, clock});
+  LinuxThreadLauncher threads;
+  journal.start(threads);
+  std::atomic<bool> done = false;
+  std::thread acquisition([&] {
+    for (std::int64_t frame = kFirstFrame; !done; ++frame) {
+      bench.store.storeFrame(frameOf(frame));
+      if (frame % 100 == 0) std::this_thread::sleep_for(2ms);
+    }
+  });
+  const auto until = std::chrono::steady_clock::now() + 1500ms;
+  for (std::uint64_t round = 1; std::chrono::steady_clock::now() < until; ++round) {
+    journal.annotate({journalformat::AnnotationChange::Set, round % 5, 7, "text"});
+    if (round % 3 == 0) CHECK(journal.flush() == 0);
+    if (round % 5 == 0) CHECK(journal.documentSaved(document, buffer::ploop) == 0);
+    if (round % 7 == 0) journal.noteRewritten(0, 100);
+    if (round % 11 == 0) journal.newRecording();
+    if (round % 13 == 0) journal.noteCleared();
+    CHECK(journal.status().error == 0);
+    std::this_thread::sleep_for(3ms);
+  }
+  done = true;
+  acquisition.join();
+  threads.stopAll();
+  journal.stop();
+  journal.discard();
+  int error = 0;
+  for (const JournalSession& session : JournalCatalogue(files, locks, folders).sessions(&error)) {
+    CHECK(session.damagedPlaces + session.missingPoints == 0);
+    CHECK(session.endedInOrder);
+  }
+}
+
+TEST_CASE("locks and process names") {
+  const TemporaryFolder folder;
+  const std::string path = folder.path() / "file";
+  std::ofstream(path) << "x";
+  LinuxFileLocks locks;
+  int error = 0;
+  auto held = locks.lock(path, &error);
+  REQUIRE(held != nullptr);
+  CHECK(locks.lock(path, &error) == nullptr);
+  CHECK(error == EWOULDBLOCK);
+  held.reset();
+  CHECK(locks.lock(path, &error) != nullptr);
+  CHECK(locks.lock(path + "x", &error) == nullptr);
+  CHECK(error == ENOENT);
+
+  const std::string mark = locks.processMark();
+  CHECK(locks.isRunning(mark));
+  CHECK_FALSE(locks.isRunning(""));
+  CHECK_FALSE(locks.isRunning("../self 1 x"));
+  CHECK_FALSE(locks.isRunning(mark.substr(0, mark.size() - 1)));  // another boot
+}
