@@ -1,5 +1,5 @@
 #include "Commands.h"
-#include "DocumentSpecs.h"
+#include "DocumentForms.h"
 #include "SimulatorArguments.h"
 
 namespace ovka::terminal {
@@ -58,18 +58,18 @@ std::vector<OptionGroup> withDemoGroups(std::vector<OptionGroup> groups) {
 
 namespace {
 
-CommandSpec liveSpec() {
-  CommandSpec spec;
-  spec.name = "live";
-  spec.summary = "Show the band powers of a living signal.";
-  spec.description =
+CommandForm liveForm() {
+  CommandForm form;
+  form.name = "live";
+  form.summary = "Show the band powers of a living signal.";
+  form.description =
       "Takes samples from an amplifier and shows the power of the brain-wave bands, the strongest "
       "peaks, the sample rate and whatever was lost. In a terminal it fills the screen ('?' "
       "explains "
       "the keys); otherwise it prints a line every --interval seconds. A capture plays at the "
       "speed "
       "at which it was recorded.";
-  spec.groups = withDemoGroups(
+  form.groups = withDemoGroups(
       {{"Where the signal comes from",
         {portOption(), Option::text("capture", "FILE", "A capture file."), demoOption()}},
        amplifierGroup(),
@@ -80,166 +80,166 @@ CommandSpec liveSpec() {
                       "Perform a window action after the start; 'ovka actions' lists them.")
              .repeated()}},
        chainGroup()});
-  spec.exclusives = {{{"port", "capture", "demo"}, true}, {{"json", "plain"}, false}};
-  spec.examples = {"ovka live --demo", "ovka live --port /dev/ttyUSB0 --model 6 --config 3",
+  form.exclusives = {{{"port", "capture", "demo"}, true}, {{"json", "plain"}, false}};
+  form.examples = {"ovka live --demo", "ovka live --port /dev/ttyUSB0 --model 6 --config 3",
                    "ovka live --demo --signal sine --frequency 10 --json --seconds 10"};
-  return spec;
+  return form;
 }
 
-CommandSpec simulateSpec() {
-  CommandSpec spec;
-  spec.name = "simulate";
-  spec.summary = "Serve a virtual amplifier on a pseudo-terminal.";
-  spec.description =
+CommandForm simulateForm() {
+  CommandForm form;
+  form.name = "simulate";
+  form.summary = "Serve a virtual amplifier on a pseudo-terminal.";
+  form.description =
       "Makes a serial line that behaves as an amplifier and serves it until it is interrupted. The "
       "first line of its output is the path to open. The same seed gives the same bytes. While it "
       "runs it takes lines on standard input: 'ack LETTER' sends an acknowledgement, 'eyes "
       "closed' and 'eyes open' turn the alpha waves up and down, 'overflow N' reports lost "
       "samples, 'hang-up SECONDS' takes the line away.";
-  spec.groups = {{"The amplifier", simulatorDeviceOptions()}};
-  for (OptionGroup& group : signalGroups()) spec.groups.push_back(std::move(group));
-  spec.groups.push_back(
+  form.groups = {{"The amplifier", simulatorDeviceOptions()}};
+  for (OptionGroup& group : signalGroups()) form.groups.push_back(std::move(group));
+  form.groups.push_back(
       {"The line",
        {Option::text("link", "PATH", "Also make a symbolic link of this name to the line."),
         seconds("End after so many seconds."),
         Option::flag("verbose", "Say on standard error when a host comes and goes.")}});
-  spec.examples = {"ovka simulate --model 0 --config 1 --link /tmp/amplifier",
+  form.examples = {"ovka simulate --model 0 --config 1 --link /tmp/amplifier",
                    "ovka simulate --signal sine --microvolts 50 --drop 0.001"};
-  return spec;
+  return form;
 }
 
-CommandSpec portsSpec() {
-  CommandSpec spec;
-  spec.name = "ports";
-  spec.summary = "List the serial ports.";
-  spec.description =
+CommandForm portsForm() {
+  CommandForm form;
+  form.name = "ports";
+  form.summary = "List the serial ports.";
+  form.description =
       "Lists the serial ports of this machine, by their stable names where it has them.";
-  spec.groups = {{"Options", {kJson}}};
-  return spec;
+  form.groups = {{"Options", {kJson}}};
+  return form;
 }
 
-CommandSpec captureSpec() {
-  CommandSpec spec;
-  spec.name = "capture";
-  spec.summary = "Record the raw bytes of an amplifier into a file.";
-  spec.description =
+CommandForm captureForm() {
+  CommandForm form;
+  form.name = "capture";
+  form.summary = "Record the raw bytes of an amplifier into a file.";
+  form.description =
       "Keeps every received block exactly, with its arrival time, until it is interrupted. "
       "Replaying "
       "the file gives the same samples and the same analysis, bit for bit.";
-  spec.positionals = {{"FILE", "The capture file to write."}};
-  spec.groups = withDemoGroups({sourceGroup(),
+  form.positionals = {{"FILE", "The capture file to write."}};
+  form.groups = withDemoGroups({sourceGroup(),
                                 amplifierGroup(),
                                 {"The file",
                                  {seconds("End after so many seconds."),
                                   Option::flag("force", "Overwrite a file of that name.")}},
                                 chainGroup()});
-  spec.exclusives = {{{"port", "demo"}, true}};
-  spec.examples = {"ovka capture night.cap --port /dev/ttyUSB0 --model 6",
+  form.exclusives = {{{"port", "demo"}, true}};
+  form.examples = {"ovka capture night.cap --port /dev/ttyUSB0 --model 6",
                    "ovka capture demo.cap --demo --seconds 60"};
-  return spec;
+  return form;
 }
 
 const Positional kCapture{"CAPTURE", "A file that 'ovka capture' wrote."};
 
-CommandSpec replaySpec() {
-  CommandSpec spec;
-  spec.name = "replay";
-  spec.summary = "Run a capture through the whole chain, faster than real time.";
-  spec.description =
+CommandForm replayForm() {
+  CommandForm form;
+  form.name = "replay";
+  form.summary = "Run a capture through the whole chain, faster than real time.";
+  form.description =
       "Hands the recorded blocks to the chain at their recorded times on a clock of its own and "
       "prints what 'live' prints, every --interval seconds of the recording. The settings are "
       "those "
       "of the capture, then those of --set.";
-  spec.positionals = {kCapture};
-  spec.groups = {{"What is shown", {kJson, kInterval}}, chainGroup()};
-  spec.examples = {"ovka replay night.cap --interval 60"};
-  return spec;
+  form.positionals = {kCapture};
+  form.groups = {{"What is shown", {kJson, kInterval}}, chainGroup()};
+  form.examples = {"ovka replay night.cap --interval 60"};
+  return form;
 }
 
-CommandSpec decodeSpec() {
-  CommandSpec spec;
-  spec.name = "decode";
-  spec.summary = "Turn a capture into columns of samples.";
-  spec.description =
+CommandForm decodeForm() {
+  CommandForm form;
+  form.name = "decode";
+  form.summary = "Turn a capture into columns of samples.";
+  form.description =
       "Prints a CSV with the header point,ch0,ch1,ch2,ch3,ch4 and the stored integers of every "
       "sample point.";
-  spec.positionals = {kCapture};
-  spec.groups = {
+  form.positionals = {kCapture};
+  form.groups = {
       {"What is shown",
        {Option::flag("read", "The values as readers get them: mapped, signed and scaled.")}},
       chainGroup()};
-  spec.examples = {"ovka decode night.cap > night.csv"};
-  return spec;
+  form.examples = {"ovka decode night.cap > night.csv"};
+  return form;
 }
 
-CommandSpec analyseSpec() {
-  CommandSpec spec;
-  spec.name = "analyse";
-  spec.summary = "Spectra, bands and peaks at given points of a capture, as JSON.";
-  spec.description =
+CommandForm analyseForm() {
+  CommandForm form;
+  form.name = "analyse";
+  form.summary = "Spectra, bands and peaks at given points of a capture, as JSON.";
+  form.description =
       "Prints a line of JSON a point: the spectrum and the complex coefficients of every channel, "
       "its bands and its peaks, of the samples that end at the point. Numbers read back exactly.";
-  spec.positionals = {kCapture};
-  spec.groups = {{"What is analysed",
+  form.positionals = {kCapture};
+  form.groups = {{"What is analysed",
                   {Option::integer("at", "POINT", 0, 130592000,
                                    "A sample point, at most the number of samples in the capture.")
                        .repeated(),
                    Option::flag("coherence", "Add the coherence of all channel pairs.")}},
                  chainGroup()};
-  spec.exclusives = {{{"at"}, true}};
-  spec.examples = {"ovka analyse night.cap --at 4096 --at 8192 --set fftp=2048"};
-  return spec;
+  form.exclusives = {{{"at"}, true}};
+  form.examples = {"ovka analyse night.cap --at 4096 --at 8192 --set fftp=2048"};
+  return form;
 }
 
-CommandSpec settingsSpec() {
-  CommandSpec spec;
-  spec.name = "settings";
-  spec.summary = "List the variables that --set changes.";
-  spec.description =
+CommandForm settingsForm() {
+  CommandForm form;
+  form.name = "settings";
+  form.summary = "List the variables that --set changes.";
+  form.description =
       "Lists the process-wide variables of the system by its own names, with default, range and "
       "meaning. Those that the system itself keeps are listed with --all.";
-  spec.groups = {{"Options",
+  form.groups = {{"Options",
                   {kJson, Option::flag("all", "Also the variables that cannot be set."),
                    Option::text("find", "WORD", "Only those with this word in name or meaning.")}}};
-  return spec;
+  return form;
 }
 
-CommandSpec actionsSpec() {
-  CommandSpec spec;
-  spec.name = "actions";
-  spec.summary = "List the window actions that 'live --do' performs.";
-  spec.description = "Lists the window actions of the system by their selectors.";
-  spec.groups = {{"Options", {kJson}}};
-  return spec;
+CommandForm actionsForm() {
+  CommandForm form;
+  form.name = "actions";
+  form.summary = "List the window actions that 'live --do' performs.";
+  form.description = "Lists the window actions of the system by their selectors.";
+  form.groups = {{"Options", {kJson}}};
+  return form;
 }
 
-CommandSpec benchSpec() {
-  CommandSpec spec;
-  spec.name = "bench";
-  spec.summary = "Measure how fast the analysis is on this machine.";
-  spec.description =
+CommandForm benchForm() {
+  CommandForm form;
+  form.name = "bench";
+  form.summary = "Measure how fast the analysis is on this machine.";
+  form.description =
       "Measures the transform on every instruction set of this processor, whole passes and band "
       "queries beside the classic transform of the same length (a plain loop), in turns, and "
       "prints medians. The "
       "ratios hold where the times do not.";
-  spec.groups = {
+  form.groups = {
       {"Options",
        {kJson, Option::integer("rounds", "N", 3, 1000, "Rounds to measure.").orElse("15")}}};
-  return spec;
+  return form;
 }
 
 }  // namespace
 
-const std::vector<CommandSpec>& commandSpecs() {
-  static const std::vector<CommandSpec> kSpecs = [] {
-    std::vector<CommandSpec> specs{liveSpec(),   simulateSpec(), portsSpec(),  captureSpec(),
-                                   replaySpec(), decodeSpec(),   analyseSpec()};
-    for (CommandSpec& spec : documentSpecs()) specs.push_back(std::move(spec));
-    for (CommandSpec& spec : std::vector{settingsSpec(), actionsSpec(), benchSpec()})
-      specs.push_back(std::move(spec));
-    return specs;
+const std::vector<CommandForm>& commandForms() {
+  static const std::vector<CommandForm> kForms = [] {
+    std::vector<CommandForm> forms{liveForm(),   simulateForm(), portsForm(),  captureForm(),
+                                   replayForm(), decodeForm(),   analyseForm()};
+    for (CommandForm& form : documentForms()) forms.push_back(std::move(form));
+    for (CommandForm& form : std::vector{settingsForm(), actionsForm(), benchForm()})
+      forms.push_back(std::move(form));
+    return forms;
   }();
-  return kSpecs;
+  return kForms;
 }
 
 }  // namespace ovka::terminal

@@ -9,7 +9,7 @@
 namespace ovka::terminal {
 
 /// Every command of the program, in the order in which help lists them.
-[[nodiscard]] const std::vector<CommandSpec>& commandSpecs();
+[[nodiscard]] const std::vector<CommandForm>& commandForms();
 
 /// Runs the program on the words behind its own name and returns its exit code (see ExitCode).
 /// Errors go to standard error as one line, "ovka: ...".

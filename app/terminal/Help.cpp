@@ -61,24 +61,24 @@ std::string optionHelp(const Option& option) {
   return help;
 }
 
-std::string usageLine(const CommandSpec& spec) {
-  std::string usage = "ovka " + spec.name;
-  for (const Positional& positional : spec.positionals)
+std::string usageLine(const CommandForm& form) {
+  std::string usage = "ovka " + form.name;
+  for (const Positional& positional : form.positionals)
     usage += positional.optional ? " [" + positional.name + "]" : " " + positional.name;
   return usage + " [options]";
 }
 
 }  // namespace
 
-std::string commandHelp(const CommandSpec& spec) {
-  std::string out = "Usage: " + usageLine(spec) + "\n\n";
-  appendWrapped(out, spec.description, 0, 0);
-  if (!spec.positionals.empty()) {
+std::string commandHelp(const CommandForm& form) {
+  std::string out = "Usage: " + usageLine(form) + "\n\n";
+  appendWrapped(out, form.description, 0, 0);
+  if (!form.positionals.empty()) {
     out += "\nArguments:\n";
-    for (const Positional& positional : spec.positionals)
+    for (const Positional& positional : form.positionals)
       appendRow(out, positional.name, positional.help);
   }
-  for (const OptionGroup& group : spec.groups) {
+  for (const OptionGroup& group : form.groups) {
     out += "\n" + group.heading + ":\n";
     for (const Option& option : group.options) {
       appendRow(out, "--" + option.name + (option.value.empty() ? "" : " " + option.value),
@@ -87,18 +87,18 @@ std::string commandHelp(const CommandSpec& spec) {
   }
   out += "\nOther:\n";
   appendRow(out, "--help", "This text.");
-  if (!spec.examples.empty()) {
+  if (!form.examples.empty()) {
     out += "\nExamples:\n";
-    for (const std::string& example : spec.examples) out += "  " + example + "\n";
+    for (const std::string& example : form.examples) out += "  " + example + "\n";
   }
   return out;
 }
 
-std::string programHelp(std::span<const CommandSpec> commands) {
+std::string programHelp(std::span<const CommandForm> commands) {
   std::string out =
       "OVKA shows the brain waves of an EEG amplifier in the terminal, records them and\n"
       "analyses recordings.\n\nUsage: ovka COMMAND [options]\n\nCommands:\n";
-  for (const CommandSpec& spec : commands) appendRow(out, spec.name, spec.summary);
+  for (const CommandForm& form : commands) appendRow(out, form.name, form.summary);
   out +=
       "\n'ovka COMMAND --help' explains a command, 'ovka --version' names the version.\n"
       "No amplifier at hand? 'ovka live --demo' brings its own.\n\n"

@@ -12,12 +12,12 @@
 namespace ovka::terminal {
 namespace {
 
-[[noreturn]] void wrongUsage(const CommandSpec& spec, const std::string& message) {
-  throw Failure(ExitCode::Usage, message + "; see 'ovka " + spec.name + " --help'");
+[[noreturn]] void wrongUsage(const CommandForm& form, const std::string& message) {
+  throw Failure(ExitCode::Usage, message + "; see 'ovka " + form.name + " --help'");
 }
 
-const Option* findOption(const CommandSpec& spec, std::string_view name) {
-  for (const OptionGroup& group : spec.groups) {
+const Option* findOption(const CommandForm& form, std::string_view name) {
+  for (const OptionGroup& group : form.groups) {
     for (const Option& option : group.options) {
       if (option.name == name) return &option;
     }
@@ -25,9 +25,9 @@ const Option* findOption(const CommandSpec& spec, std::string_view name) {
   return nullptr;
 }
 
-std::vector<std::string> optionNames(const CommandSpec& spec) {
+std::vector<std::string> optionNames(const CommandForm& form) {
   std::vector<std::string> names{"help"};
-  for (const OptionGroup& group : spec.groups) {
+  for (const OptionGroup& group : form.groups) {
     for (const Option& option : group.options) names.push_back(option.name);
   }
   return names;
@@ -119,8 +119,8 @@ Option Option::repeated() const {
   return option;
 }
 
-Arguments::Arguments(const CommandSpec& spec) {
-  for (const OptionGroup& group : spec.groups) {
+Arguments::Arguments(const CommandForm& form) {
+  for (const OptionGroup& group : form.groups) {
     for (const Option& option : group.options) {
       if (!option.preset.empty()) presets_[option.name] = option.preset;
     }
@@ -159,8 +159,8 @@ const std::string& Arguments::positional(std::size_t index) const {
 /// Walks over the words of one line.
 class LineParser {
  public:
-  LineParser(const CommandSpec& spec, std::span<const std::string> words)
-      : spec_(spec), words_(words), result_(spec) {}
+  LineParser(const CommandForm& form, std::span<const std::string> words)
+      : spec_(form), words_(words), result_(form) {}
 
   Arguments run() {
     bool optionsEnded = false;
@@ -239,14 +239,14 @@ class LineParser {
     }
   }
 
-  const CommandSpec& spec_;
+  const CommandForm& spec_;
   std::span<const std::string> words_;
   Arguments result_;
   std::size_t next_ = 0;
 };
 
-Arguments parseLine(const CommandSpec& spec, std::span<const std::string> words) {
-  return LineParser(spec, words).run();
+Arguments parseLine(const CommandForm& form, std::span<const std::string> words) {
+  return LineParser(form, words).run();
 }
 
 std::string didYouMean(std::string_view word, std::span<const std::string> candidates) {

@@ -65,7 +65,7 @@ struct Exclusive {
 };
 
 /// Everything that parsing and help need to know about a command.
-struct CommandSpec {
+struct CommandForm {
   std::string name;
   std::string summary;      ///< one line for the list of commands
   std::string description;  ///< a paragraph or two for the command's own help
@@ -79,7 +79,7 @@ struct CommandSpec {
 /// nothing.
 class Arguments {
  public:
-  explicit Arguments(const CommandSpec& spec);
+  explicit Arguments(const CommandForm& form);
 
   /// True when the option itself stood on the line.
   [[nodiscard]] bool given(std::string_view name) const;
@@ -106,11 +106,11 @@ class Arguments {
 /// `-h`, positional words; `--` ends the options. A value that itself begins with two dashes needs
 /// the `=` form, so that a forgotten value does not swallow the next option. Throws Failure
 /// (ExitCode::Usage) with one line that says what is wrong and what would be right.
-[[nodiscard]] Arguments parseLine(const CommandSpec& spec, std::span<const std::string> words);
+[[nodiscard]] Arguments parseLine(const CommandForm& form, std::span<const std::string> words);
 
 /// The help text of one command, and of the program: at most 80 columns.
-[[nodiscard]] std::string commandHelp(const CommandSpec& spec);
-[[nodiscard]] std::string programHelp(std::span<const CommandSpec> commands);
+[[nodiscard]] std::string commandHelp(const CommandForm& form);
+[[nodiscard]] std::string programHelp(std::span<const CommandForm> commands);
 
 /// The candidate nearest to a mistyped word when it is near enough to be meant, else empty.
 [[nodiscard]] std::string didYouMean(std::string_view word,

@@ -35,11 +35,11 @@ constexpr std::array<Command, 16> kCommands{{{"live", runLive},
                                              {"actions", runActions},
                                              {"bench", runBench}}};
 
-const CommandSpec& findCommand(const std::string& name) {
+const CommandForm& findCommand(const std::string& name) {
   std::vector<std::string> names;
-  for (const CommandSpec& spec : commandSpecs()) {
-    if (spec.name == name) return spec;
-    names.push_back(spec.name);
+  for (const CommandForm& form : commandForms()) {
+    if (form.name == name) return form;
+    names.push_back(form.name);
   }
   const std::string near = didYouMean(name, names);
   throw Failure(ExitCode::Usage, "there is no command '" + name + "'" +
@@ -62,15 +62,15 @@ void run(std::span<const std::string> words) {
   const std::string& first = words.front();
   if (first == "--version") return print("ovka " OVKA_VERSION "\n");
   if (first == "--help" || first == "-h" || (first == "help" && words.size() == 1))
-    return print(programHelp(commandSpecs()));
+    return print(programHelp(commandForms()));
   if (first == "help") return print(commandHelp(findCommand(words[1])));
   if (first.starts_with("-"))
     throw Failure(ExitCode::Usage, "the command comes first: ovka COMMAND [options]");
-  const CommandSpec& spec = findCommand(first);
-  const Arguments arguments = parseLine(spec, words.subspan(1));
-  if (arguments.helpWanted()) return print(commandHelp(spec));
+  const CommandForm& form = findCommand(first);
+  const Arguments arguments = parseLine(form, words.subspan(1));
+  if (arguments.helpWanted()) return print(commandHelp(form));
   for (const Command& command : kCommands) {
-    if (spec.name == command.name) return command.run(arguments);
+    if (form.name == command.name) return command.run(arguments);
   }
 }
 

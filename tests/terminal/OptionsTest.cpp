@@ -8,19 +8,19 @@ using namespace ovka::terminal;
 
 namespace {
 
-CommandSpec sample() {
-  CommandSpec spec;
-  spec.name = "sample";
-  spec.description = "A command to test with.";
-  spec.positionals = {{"FILE", "A file."}};
-  spec.groups = {{"Options",
+CommandForm sample() {
+  CommandForm form;
+  form.name = "sample";
+  form.description = "A command to test with.";
+  form.positionals = {{"FILE", "A file."}};
+  form.groups = {{"Options",
                   {Option::text("port", "PATH", "The port."), Option::flag("demo", "Without port."),
                    Option::integer("model", "N", 0, 9, "The model.").orElse("6"),
                    Option::number("seconds", "S", 0.01, 1e6, "How long."),
                    Option::choice("signal", "KIND", "eeg sine file", "The signal.").orElse("eeg"),
                    Option::integer("at", "POINT", -10, 1e15, "A point.").repeated()}}};
-  spec.exclusives = {{{"port", "demo"}, false}};
-  return spec;
+  form.exclusives = {{{"port", "demo"}, false}};
+  return form;
 }
 
 Arguments parse(std::vector<std::string> words) {
@@ -90,7 +90,7 @@ TEST_CASE("refused lines say what is wrong and what would be right") {
     CAPTURE(row.says);
     CHECK(problem(row.words).find(row.says) != std::string::npos);
   }
-  CommandSpec choosy = sample();
+  CommandForm choosy = sample();
   choosy.exclusives[0].required = true;
   const std::vector<std::string> line{"x"};
   CHECK_THROWS_WITH_AS(static_cast<void>(parseLine(choosy, line)),
@@ -100,12 +100,12 @@ TEST_CASE("refused lines say what is wrong and what would be right") {
 TEST_CASE("help is asked for before anything else is wrong, and fits 80 columns") {
   CHECK(parse({"--help"}).helpWanted());
   CHECK(parse({"x", "-h"}).helpWanted());
-  CommandSpec spec = sample();
-  spec.groups[0].options[0].help =
+  CommandForm form = sample();
+  form.groups[0].options[0].help =
       "A long text that has to be broken somewhere because no terminal of eighty columns could "
       "show "
       "it on one line, and a second line is needed after that as well.";
-  std::istringstream lines(commandHelp(spec));
+  std::istringstream lines(commandHelp(form));
   std::string line;
   bool namesDefault = false;
   while (std::getline(lines, line)) {

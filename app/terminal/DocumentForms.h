@@ -7,7 +7,7 @@
 namespace ovka::terminal {
 
 /// The commands that work on documents, presets and journals.
-[[nodiscard]] std::vector<CommandSpec> documentSpecs();
+[[nodiscard]] std::vector<CommandForm> documentForms();
 
 // Groups and options that several commands have.
 [[nodiscard]] OptionGroup chainGroup();
