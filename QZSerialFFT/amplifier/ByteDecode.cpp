@@ -12,7 +12,7 @@ namespace {
 [[nodiscard]] std::int64_t byteSample(std::uint8_t byte, double scale) {
   constexpr double kSteps = 4.0;
   const double sample =
-      static_cast<double>(truncateTo<std::int64_t>(scale * (int{kBitReversal[byte]} - 128)));
+      static_cast<double>(truncateTo<std::int64_t>(scale * (int{bitrev[byte]} - 128)));
   return truncateTo<std::int32_t>(kSteps * sample);
 }
 

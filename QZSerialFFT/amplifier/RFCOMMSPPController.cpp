@@ -34,7 +34,7 @@ const char* selectionMessage(BluetoothSelection selection) {
 
 RFCOMMSPPController::RFCOMMSPPController(BluetoothChannel& channel, BluetoothTestWindow* window,
                                          StreamDecoder& decoder)
-    : channel_(channel), window_(window), decoder_(decoder) {}
+    : mRFCOMMChannel(channel), mRFCOMMSPPTestWindow(window), decoder_(decoder) {}
 
 RFCOMMSPPController::~RFCOMMSPPController() {
   if (amplifier::openBluetooth != 0) closeConnectonAction();
@@ -42,12 +42,12 @@ RFCOMMSPPController::~RFCOMMSPPController() {
 
 bool RFCOMMSPPController::openSerialPortProfile() {
   const std::scoped_lock guard(control_);
-  const BluetoothSelection selection = channel_.select();
+  const BluetoothSelection selection = mRFCOMMChannel.select();
   if (const char* message = selectionMessage(selection)) {
     Print("%s", message);
     return false;
   }
-  if (channel_.openAsync(*this) != 0) {
+  if (mRFCOMMChannel.openAsync(*this) != 0) {
     Print("Error - open sequence failed.***\n");
     return false;
   }
@@ -56,7 +56,7 @@ bool RFCOMMSPPController::openSerialPortProfile() {
 
 void RFCOMMSPPController::openConnectionAction() {
   // Both off while the device is chosen and its channel opens; the outcome switches one on again.
-  if (window_ != nullptr) window_->enableButtons(false, false);
+  if (mRFCOMMSPPTestWindow != nullptr) mRFCOMMSPPTestWindow->enableButtons(false, false);
   if (!openSerialPortProfile()) becomeClosed();
 }
 
@@ -69,11 +69,11 @@ void RFCOMMSPPController::closeConnectonAction() {
 void RFCOMMSPPController::closeRFCOMMConnectionOnChannel() {
   amplifier::openBluetooth = 0;  // no command starts on a channel that is closing
   const std::scoped_lock guard(writing_);
-  channel_.closeChannel();
+  mRFCOMMChannel.closeChannel();
 }
 
 void RFCOMMSPPController::closeDeviceConnectionOnDevice() {
-  channel_.closeConnection();
+  mRFCOMMChannel.closeConnection();
 }
 
 void RFCOMMSPPController::rfcommChannelOpenComplete(int status) {
@@ -83,13 +83,13 @@ void RFCOMMSPPController::rfcommChannelOpenComplete(int status) {
     return;
   }
   amplifier::openBluetooth = 1;
-  if (window_ != nullptr) window_->enableButtons(false, true);
+  if (mRFCOMMSPPTestWindow != nullptr) mRFCOMMSPPTestWindow->enableButtons(false, true);
   sendSampleSpeedBluetooth(amplifier::speedX);
 }
 
 void RFCOMMSPPController::rfcommChannelData(std::span<const std::uint8_t> data) {
   decoder_.decodePacket(data);
-  if (window_ == nullptr) return;
+  if (mRFCOMMSPPTestWindow == nullptr) return;
   for (const std::uint8_t byte : data) addThisByteToTheLogs(byte);
 }
 
@@ -99,7 +99,7 @@ void RFCOMMSPPController::rfcommChannelClosed() {
 
 void RFCOMMSPPController::becomeClosed() {
   amplifier::openBluetooth = 0;
-  if (window_ != nullptr) window_->enableButtons(true, false);
+  if (mRFCOMMSPPTestWindow != nullptr) mRFCOMMSPPTestWindow->enableButtons(true, false);
 }
 
 void RFCOMMSPPController::sendSampleSpeedBluetooth(std::int32_t samplesPerSecond) {
@@ -120,7 +120,7 @@ void RFCOMMSPPController::send(const std::string& command) {
   const std::scoped_lock guard(writing_);
   if (amplifier::openBluetooth == 0) return;
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(command.data());
-  const int error = channel_.writeSync({bytes, command.size()});
+  const int error = mRFCOMMChannel.writeSync({bytes, command.size()});
   if (error != 0) PrintError(error, "Error writing to the Bluetooth channel - ");
 }
 
@@ -132,7 +132,7 @@ void RFCOMMSPPController::addThisByteToTheLogs(std::uint8_t byte) {
 }
 
 void RFCOMMSPPController::logString(const std::string& text, BluetoothTestWindow::View onView) {
-  if (window_ != nullptr) window_->appendLog(onView, text);
+  if (mRFCOMMSPPTestWindow != nullptr) mRFCOMMSPPTestWindow->appendLog(onView, text);
 }
 
 }  // namespace ovka

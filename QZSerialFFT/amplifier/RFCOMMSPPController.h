@@ -63,8 +63,8 @@ class RFCOMMSPPController final : public BluetoothCommands, public BluetoothChan
   void send(const std::string& command);
   void becomeClosed();
 
-  BluetoothChannel& channel_;
-  BluetoothTestWindow* window_;
+  BluetoothChannel& mRFCOMMChannel;
+  BluetoothTestWindow* mRFCOMMSPPTestWindow;
   StreamDecoder& decoder_;
   std::mutex writing_;  // commands follow one another whole
   std::mutex control_;  // one opening or closing at a time

@@ -7,7 +7,7 @@
 namespace ovka {
 
 /// The reversal of the 8 bits of every byte value: 1 is 128, 2 is 64, 3 is 192.
-inline constexpr std::array<std::uint8_t, 256> kBitReversal = [] {
+inline constexpr std::array<std::uint8_t, 256> bitrev = [] {
   std::array<std::uint8_t, 256> table{};
   for (unsigned value = 0; value < 256; ++value) {
     unsigned reversed = 0;
@@ -22,8 +22,8 @@ inline constexpr std::array<std::uint8_t, 256> kBitReversal = [] {
 [[nodiscard]] constexpr std::uint8_t bitRevRev8MK(std::int64_t value) noexcept {
   // Without a branch: loud signals leave the byte at every other sample.
   const auto index = static_cast<std::uint64_t>(value);
-  const auto inside = static_cast<unsigned>(-static_cast<int>(index < kBitReversal.size()));
-  return static_cast<std::uint8_t>(kBitReversal[index & 0xFFU] & inside);
+  const auto inside = static_cast<unsigned>(-static_cast<int>(index < bitrev.size()));
+  return static_cast<std::uint8_t>(bitrev[index & 0xFFU] & inside);
 }
 
 }  // namespace ovka
