@@ -78,7 +78,7 @@ bool OldFiles::loadRawChannel(FileReader& file, std::int32_t channel, std::uint6
     if (file.readAt(offset + first, std::as_writable_bytes(now), &got) != 0 || got < now.size()) {
       return false;
     }
-    for (std::uint8_t& byte : now) byte = kBitReversal[byte];
+    for (std::uint8_t& byte : now) byte = bitrev[byte];
     samples.clear();
     for (std::uint64_t i = done; i < end; ++i) {
       const std::size_t at = static_cast<std::size_t>(i - first);
