@@ -66,8 +66,8 @@ void onFault(int number) {
 void onStop(int) {
   const int error = errno;
   leave();
-  kill(getpid(), SIGSTOP);
-  enter();  // after SIGCONT
+  raise(SIGSTOP);  // this thread, so that nothing below runs before the stop
+  enter();         // after SIGCONT
   errno = error;
 }
 
