@@ -43,6 +43,18 @@ class Peer {
   fftw_plan plan_;
 };
 
+/// One line of a table: the length, T in microseconds, then every other entry in microseconds and
+/// T.
+inline void printRow(int points, const Interleaved& work) {
+  const double unit = work.median(0);
+  std::printf("%8d %10.3f", points, unit * 1e6);
+  for (std::size_t i = 1; i < work.size(); ++i) {
+    std::printf(" | %8.1f us %6.2f T", work.median(i) * 1e6, work.median(i) / unit);
+  }
+  std::printf("\n");
+  std::fflush(stdout);
+}
+
 /// A store full of noise and an engine of the shipped settings.
 struct AnalysisRig {
   struct Quiet final : RecordingControl, AnnotationTrack {

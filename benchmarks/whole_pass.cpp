@@ -28,13 +28,7 @@ void measure(ovka::bench::AnalysisRig& rig, std::int32_t index, int rounds) {
   work.add("pass, average of 64", [&] { tick(rig, true, false); });
   work.add("pass, log", [&] { tick(rig, false, true); });
   work.run(rounds, 400e-6);
-  const double unit = work.median(0);
-  std::printf("%8d %10.3f", 128 << index, unit * 1e6);
-  for (std::size_t i = 1; i < work.size(); ++i) {
-    std::printf(" | %8.1f us %6.2f T", work.median(i) * 1e6, work.median(i) / unit);
-  }
-  std::printf("\n");
-  std::fflush(stdout);
+  ovka::bench::printRow(128 << index, work);
 }
 
 }  // namespace
