@@ -29,6 +29,8 @@ void addBufferSettings(SettingsRegistry& to) {
   to.add("LeftRightReverse", LeftRightReverse, 0, 1, "1: left and right are swapped");
   to.add("ShowReverseWaveX", ShowReverseWaveX, 0, 1,
          "1: right-hand channels are negated whatever the polarity");
+  to.add("PerformanceProfileX", PerformanceProfileX, 0, 1,
+         "1: every read is handed on at once and outputs follow new data");
   to.add("UploadStartZ", UploadStartZ, 0, 1, "1: the upload copy is made with every frame");
   to.add("ploopRockNet", ploopRockNet, 0, kLast, "first point of the upload copy");
   to.addStatus("loopCount", loopCount, "times the recording began again at ploopStart");

@@ -34,7 +34,9 @@ CaptureSettings captureSettings(const Engine& engine, const std::vector<std::str
     result.emplace_back(setting.name, SettingsRegistry::format(setting, setting.get()));
   };
   for (const Setting& setting : engine.settings().entries()) {
-    if (setting.writable && !holds(kLeftOut, setting.name) && !holds(kLast, setting.name)) {
+    // Tables are the outputs' set-ups: a preset's to keep.
+    if (setting.count == 0 && setting.writable && !holds(kLeftOut, setting.name) &&
+        !holds(kLast, setting.name)) {
       carry(setting);
     }
   }

@@ -75,9 +75,19 @@ std::string Engine::start() {
   fft_->fftinit2(fft::fftpX, fft::windSape);
   inputStream_.initializeThred();
   machine_.threads.repeat("lineGuard", LineGuard::kTick, [this] { guard_.tick(); });
+  machine_.threads.loop("performancePoll", [this] { return performancePoll(); });
   if (documents_ != nullptr) documents_->start(machine_.threads);
   started_ = true;
   return {};
+}
+
+/// The performance profile reads far more often than the system's own poll, which goes on as ever.
+std::chrono::nanoseconds Engine::performancePoll() {
+  constexpr std::chrono::milliseconds kPoll{2};
+  constexpr std::chrono::milliseconds kIdle{50};
+  if (buffer::PerformanceProfileX == 0) return kIdle;
+  inputStream_.timerUpdate();
+  return kPoll;
 }
 
 void Engine::stop() {

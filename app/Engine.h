@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -107,6 +108,7 @@ class Engine {
     QZSerialPort& serial_;
   };
 
+  std::chrono::nanoseconds performancePoll();
   void addSettings();
   void addBufferEffects();
   void addAnalysisEffects();

@@ -15,14 +15,14 @@ class SettingsByName final : public NamedSettings {
   explicit SettingsByName(const SettingsRegistry& registry) : registry_(registry) {}
 
   [[nodiscard]] std::optional<double> value(std::string_view name) const override {
-    const Setting* setting = registry_.find(name);
-    if (setting == nullptr) return std::nullopt;
+    const std::optional<Setting> setting = registry_.value(name);
+    if (!setting) return std::nullopt;
     return setting->get();
   }
 
   [[nodiscard]] std::string assign(std::string_view name, double value) override {
-    const Setting* setting = registry_.find(name);
-    if (setting == nullptr) return "there is no setting of this name";
+    const std::optional<Setting> setting = registry_.value(name);
+    if (!setting) return "there is no setting of this name";
     // Codes of letters only; anything else is no text that a setting could have.
     if (setting->kind == Setting::Kind::Character && (value < '!' || value > '~')) {
       return "it takes " + SettingsRegistry::range(*setting);

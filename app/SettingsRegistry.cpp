@@ -6,6 +6,7 @@
 #include <cmath>
 #include <optional>
 #include <sstream>
+#include <utility>
 
 #include "EditDistance.h"
 
@@ -58,6 +59,39 @@ const Setting* SettingsRegistry::find(std::string_view name) const {
   return found == settings_.end() ? nullptr : &*found;
 }
 
+Setting& SettingsRegistry::addTable(std::string_view name, Setting::Kind kind, std::size_t count,
+                                    double minimum, double maximum, std::string_view meaning,
+                                    std::function<double(std::size_t)> get,
+                                    std::function<void(std::size_t, double)> set) {
+  Setting& setting = row(name, kind, minimum, maximum, meaning);
+  setting.count = count;
+  setting.getAt = std::move(get);
+  setting.setAt = std::move(set);
+  setting.defaultValue = setting.getAt(0);
+  return setting;
+}
+
+std::optional<Setting> SettingsRegistry::value(std::string_view name) const {
+  const std::size_t bracket = name.find('[');
+  const Setting* row = find(name.substr(0, bracket));
+  if (row == nullptr || (row->count > 0) != (bracket != std::string_view::npos)) {
+    return std::nullopt;
+  }
+  if (row->count == 0) return *row;
+  std::size_t index = 0;
+  const char* const end = name.data() + name.size();
+  const auto [stop, error] = std::from_chars(name.data() + bracket + 1, end, index);
+  if (error != std::errc{} || index >= row->count || std::string_view(stop, end) != "]") {
+    return std::nullopt;
+  }
+  Setting one = *row;
+  one.name = name;
+  one.count = 0;
+  one.get = [get = row->getAt, index] { return get(index); };
+  one.set = [set = row->setAt, index](double value) { set(index, value); };
+  return one;
+}
+
 void SettingsRegistry::onSet(std::string_view name, std::function<void(double)> set) {
   const auto found = std::find_if(settings_.begin(), settings_.end(),
                                   [&](const Setting& setting) { return setting.name == name; });
@@ -79,8 +113,13 @@ std::string SettingsRegistry::assign(std::string_view text) const {
   }
   const std::string name(text.substr(0, equals));
   const std::string_view value = text.substr(equals + 1);
-  const Setting* setting = find(name);
-  if (setting == nullptr) {
+  const std::optional<Setting> setting = this->value(name);
+  if (!setting) {
+    if (const Setting* row = find(name.substr(0, name.find('['))); row != nullptr) {
+      if (row->count == 0) return "'" + row->name + "' is a single value: write it without [...]";
+      return "'" + row->name + "' is a table: write " + row->name + "[0] to " + row->name + "[" +
+             std::to_string(row->count - 1) + "]";
+    }
     return "there is no setting '" + name + "'; did you mean '" + nearest(name) +
            "'? 'ovka settings' lists them all";
   }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +31,11 @@ struct Setting {
   bool writable = true;
   std::function<double()> get;
   std::function<void(double)> set;
+  /// A table of values, read and set as "NAME[0]" to "NAME[count - 1]"; 0: a single value. `get`
+  /// and `set` are empty then, `defaultValue` is that of entry 0.
+  std::size_t count = 0;
+  std::function<double(std::size_t)> getAt;
+  std::function<void(std::size_t, double)> setAt;
 };
 
 /// Every process-wide variable by name, with default, range and meaning. Filled once by the engine,
@@ -44,11 +51,19 @@ class SettingsRegistry {
   template <typename T>
   Setting& addStatus(std::string_view name, Shared<T>& variable, std::string_view meaning);
 
+  /// A row for a table of `count` values; `set` does what depends on them as well.
+  Setting& addTable(std::string_view name, Setting::Kind kind, std::size_t count, double minimum,
+                    double maximum, std::string_view meaning,
+                    std::function<double(std::size_t)> get,
+                    std::function<void(std::size_t, double)> set);
+
   /// Replaces how a row's value is stored, where more than the variable changes with it.
   void onSet(std::string_view name, std::function<void(double)> set);
 
   /// The row of a name; nullptr when there is none.
   [[nodiscard]] const Setting* find(std::string_view name) const;
+  /// The single value of a name, or one of a table ("LowF1X[3]"); none when there is no such.
+  [[nodiscard]] std::optional<Setting> value(std::string_view name) const;
 
   /// Sets `text` ("NAME=VALUE"). Empty when done, else one line that says what is wrong and what
   /// would be right; nothing is changed then.

@@ -76,7 +76,11 @@ void AmplifierPorts::pollInput(std::int32_t port) {
 void AmplifierPorts::getFromModemNew(std::int32_t descriptor, std::int32_t PortN) {
   const std::scoped_lock guard(polling_);
   const auto bytes = readInto(descriptor, PortN);
-  if (!bytes.empty()) decoder_.stageRead(PortN, bytes);
+  if (bytes.empty()) return;
+  const std::int64_t readAt = clock_.nanoseconds();
+  const std::int64_t before = decoder_.framesStored();
+  decoder_.stageRead(PortN, bytes);
+  if (decoder_.framesStored() != before) amplifier::newestReadAt = readAt;
 }
 
 void AmplifierPorts::getFromModem(std::int32_t descriptor, std::int32_t PortN) {

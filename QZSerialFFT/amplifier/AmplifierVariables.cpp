@@ -31,6 +31,7 @@ void resetVariables() {
   SelectLSFset = 0;
   oldBluetooth = 0;
   FixedFramingX = 0;
+  newestReadAt = 0;
   ploopRock = 0;
   batteryMonitor = 0.0;
   rsMonitor = 0;

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "AmplifierVariables.h"
+#include "BufferVariables.h"
 #include "StreamDecoder.h"
 
 namespace ovka {
@@ -22,7 +23,8 @@ void StreamDecoder::stageRead(std::int32_t portN, std::span<const std::uint8_t> 
     return;
   }
   packetListSizeBluetooth = 0;
-  if (!bytes.empty()) stage(bytes, kReadsPerBatch, true);
+  const std::int32_t reads = buffer::PerformanceProfileX != 0 ? 1 : kReadsPerBatch;
+  if (!bytes.empty()) stage(bytes, reads, true);
 }
 
 void StreamDecoder::stage(std::span<const std::uint8_t> bytes, std::int32_t readsPerBatch,

@@ -21,6 +21,7 @@ void resetVariables() {
   samplingModeX = 4;
   SampleSpeedX = 120;
   UploadStartZ = 0;
+  PerformanceProfileX = 0;
   ploopRockNet = 0;
 }
 

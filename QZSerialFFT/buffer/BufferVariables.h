@@ -51,6 +51,9 @@ inline constinit Shared<std::int32_t> samplingModeX{4};
 inline constinit Shared<std::uint32_t> SampleSpeedX{120};
 /// 1: the upload copy is made with every frame; the upload.
 inline constinit Shared<std::int32_t> UploadStartZ{0};
+/// 1: the performance profile: every read is handed on at once and outputs follow new data, instead
+/// of the usual batches and intervals; the user.
+inline constinit Shared<std::int32_t> PerformanceProfileX{0};
 /// First point of the upload copy; the upload.
 inline constinit Shared<std::int64_t> ploopRockNet{0};
 

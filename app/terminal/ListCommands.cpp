@@ -38,6 +38,7 @@ class IdleEngine {
 void writeSettingJson(std::string& out, const Setting& setting) {
   JsonWriter json(out);
   json.beginObject().key("name").text(setting.name);
+  if (setting.count > 0) json.key("entries").number(static_cast<double>(setting.count));
   if (setting.kind == Setting::Kind::Character) {
     json.key("default").text(SettingsRegistry::format(setting, setting.defaultValue));
   } else {
@@ -51,9 +52,16 @@ void writeSettingJson(std::string& out, const Setting& setting) {
   out += '\n';
 }
 
+/// The name as it is written to set it; a table with its entries.
+std::string shownName(const Setting& setting) {
+  if (setting.count == 0) return setting.name;
+  return setting.name + "[0..." + std::to_string(setting.count - 1) + "]";
+}
+
 void writeSettingText(std::string& out, const Setting& setting, std::size_t nameWidth) {
-  out += setting.name;
-  out.append(nameWidth - setting.name.size() + 2, ' ');
+  const std::string name = shownName(setting);
+  out += name;
+  out.append(nameWidth - name.size() + 2, ' ');
   out += SettingsRegistry::format(setting, setting.defaultValue) + "  [" +
          SettingsRegistry::range(setting) + "]  " + setting.meaning + "\n";
 }
@@ -103,7 +111,7 @@ void runSettings(const Arguments& arguments) {
            (holds(setting.name, word) || holds(setting.meaning, word));
   };
   for (const Setting& setting : (*idle).settings().entries()) {
-    if (wanted(setting)) nameWidth = std::max(nameWidth, setting.name.size());
+    if (wanted(setting)) nameWidth = std::max(nameWidth, shownName(setting).size());
   }
   Output output;
   for (const Setting& setting : (*idle).settings().entries()) {
