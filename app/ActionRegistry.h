@@ -15,16 +15,20 @@ class ActionRegistry {
  public:
   /// An action; the argument is the control's value (a menu index, a switch), 0 for a plain button.
   using Perform = std::function<void(std::int32_t sender)>;
+  /// An action of a slider or a text field: the value itself.
+  using PerformValue = std::function<void(double value)>;
 
   struct Action {
     std::string meaning;
-    Perform perform;
+    PerformValue perform;
   };
 
   void add(std::string_view selector, std::string_view meaning, Perform perform);
+  void addValue(std::string_view selector, std::string_view meaning, PerformValue perform);
 
-  /// False when there is no such action.
-  [[nodiscard]] bool perform(std::string_view selector, std::int32_t sender = 0) const;
+  /// False when there is no such action. Whole numbers are truncated and held at the limits of 32
+  /// bits; what is no number counts as 0.
+  [[nodiscard]] bool perform(std::string_view selector, double sender = 0) const;
 
   /// Every action in the order of their selectors.
   [[nodiscard]] const std::map<std::string, Action, std::less<>>& entries() const {

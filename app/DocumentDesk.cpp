@@ -90,7 +90,11 @@ void DocumentDesk::listen() {
 }
 
 void DocumentDesk::start(ThreadLauncher& threads) {
-  if (documents_.backupFolder) backups_.openCheckBackupFile();
+  if (documents_.backupFolder) {
+    backups_.openCheckBackupFile();
+    DocumentError error;
+    if (!panel_.loadAtStart(false, &error)) report(error);
+  }
   if (documents_.journal) journal_.start(threads);
 }
 
@@ -202,7 +206,10 @@ bool DocumentDesk::isRedundant(std::int32_t channel, std::int64_t end) const {
 
 bool DocumentDesk::savesEverything() const {
   const std::int64_t end = buffer::ploop;
-  if (buffer::ploopStart != 0 || end > OVKA4DrawDocument::longestSave()) return false;
+  if (buffer::ploopStart != 0 || end > OVKA4DrawDocument::longestSave() ||
+      switches_.save.on(DocumentSwitch::PreferenceOnly)) {
+    return false;
+  }
   for (std::int32_t channel = 1; channel < buffer::kChannels; ++channel) {
     if (!switches_.save.channel(channel) && !isRedundant(channel, end)) return false;
   }
@@ -264,16 +271,9 @@ std::string DocumentDesk::recover(const JournalSession& session, bool keepFiles)
   front_ = std::make_shared<OVKA4DrawDocument>(services_);
   frontPath_.clear();
   frontName_ = "Untitled";
+  if (session.wrapped) straightenRecording();
   if (!keepFiles) journal_.adopt(session.parts, session.end);
   return {};
-}
-
-void DocumentDesk::playFrom(std::int64_t point) {
-  engine_.annotations().pause();
-  buffer::setRecModeX = kPlayback;
-  engine_.annotations().seek(point);
-  engine_.annotations().play();
-  buffer::setPauseX = 0;
 }
 
 }  // namespace ovka

@@ -78,7 +78,8 @@ class DocumentDesk final : public DocumentShell, public PresetShell {
   /// Saves the drawing alone, as PDF or TIFF (kPdfDocumentType, kTiffDocumentType).
   [[nodiscard]] bool saveDrawing(const std::string& path, std::string_view typeName,
                                  DocumentError* error);
-  /// Brings a journaled recording back, as opening a document does. Its files go with the next
+  /// Brings a journaled recording back, as opening a document does; one that looped comes in the
+  /// order of time. Its files go with the next
   /// document that holds all of it, unless `keepFiles`. Empty when done, else one line.
   [[nodiscard]] std::string recover(const JournalSession& session, bool keepFiles = false);
   /// What settings of opened documents and presets could not be taken, a line each; once.
@@ -86,10 +87,22 @@ class DocumentDesk final : public DocumentShell, public PresetShell {
 
   /// Plays from a point on, at the sample speed of the recording.
   void playFrom(std::int64_t point);
+  /// Playback that reaches `end` goes on at `first`; cut to the recording. An empty range ends
+  /// that: false.
+  bool playLoop(std::int64_t first, std::int64_t end);
+  /// A recording in which looping wrapped comes into the order of time and ends where the buffer
+  /// does, annotations included, so that a save takes all of it. After the engine's threads ended.
+  void straightenRecording();
 
   [[nodiscard]] const std::string& frontPath() const { return frontPath_; }
   /// The input port that was opened last, for the port preset.
   void setChosenPort(const std::string& path) { chosenPort_ = path; }
+  /// Makes the chosen port the one that is switched on at the next start. False: not written.
+  bool rememberPort();
+  /// Settings ("NAME=VALUE") that go before those of a port preset.
+  void setLineSettings(std::vector<std::string> settings) { lineSettings_ = std::move(settings); }
+  /// Why the last switching on of a port failed; empty when it did not.
+  [[nodiscard]] const std::string& portProblem() const { return portProblem_; }
   void setOutputPathField(std::string text) { outputPathField_ = std::move(text); }
 
   DocumentSwitches& switches() { return switches_; }
@@ -130,6 +143,7 @@ class DocumentDesk final : public DocumentShell, public PresetShell {
   [[nodiscard]] bool isRedundant(std::int32_t channel, std::int64_t end) const;
   [[nodiscard]] std::string settingsText() const;
   void addDocumentActions(ActionRegistry& to);
+  void addPlaybackActions(ActionRegistry& to);
 
   Engine& engine_;
   const Machine& machine_;
@@ -152,7 +166,10 @@ class DocumentDesk final : public DocumentShell, public PresetShell {
   std::string frontName_;
   std::string frontPath_;
   std::string chosenPort_;
+  std::string portProblem_;
+  std::vector<std::string> lineSettings_;
   std::string outputPathField_;
+  Shared<std::int32_t> loopFrom_{0};  ///< first point of a playback loop whose end is not set yet
 
   std::mutex tasksLock_;  ///< guards the tasks
   std::vector<std::function<void()>> tasks_;

@@ -112,14 +112,18 @@ PortPreset DocumentDesk::chosenPorts() {
 }
 
 void DocumentDesk::switchPortOn(const PortPreset& ports) {
-  if (ports.path.empty()) {
-    documents_.dialogs.alert("The input port cannot be switched on.",
-                             "No port is chosen and none is remembered.");
-    return;
-  }
-  const Engine::Opened opened = engine_.openAmplifier(ports.path);
-  if (!opened.explanation.empty())
-    documents_.dialogs.alert("The input port cannot be switched on.", opened.explanation);
+  for (const std::string& setting : lineSettings_) static_cast<void>(engine_.assign(setting));
+  portProblem_ = ports.path.empty() ? "No port is chosen and none is remembered."
+                                    : engine_.openAmplifier(ports.path).explanation;
+  if (!portProblem_.empty())
+    documents_.dialogs.alert("The input port cannot be switched on.", portProblem_);
+}
+
+bool DocumentDesk::rememberPort() {
+  PortPreset ports = chosenPorts();
+  ports.automaticOn = true;
+  return !ports.path.empty() &&
+         OVKA4DrawDocument(services_).saveDataForPortPreference(presetPath({}), ports);
 }
 
 void DocumentDesk::switchPortOff() {
@@ -135,6 +139,7 @@ void DocumentDesk::addActions(ActionRegistry& to) {
     });
   });
   addDocumentActions(to);
+  addPlaybackActions(to);
 }
 
 void DocumentDesk::addDocumentActions(ActionRegistry& to) {

@@ -6,10 +6,14 @@
 #include "AmplifierVariables.h"
 #include "AppVariables.h"
 #include "BufferVariables.h"
+#include "DisplayVariables.h"
 #include "DocumentDesk.h"
 #include "DocumentVariables.h"
 #include "FFTVariables.h"
+#include "MidiVariables.h"
 #include "Print.h"
+#include "SetMIDIVariables.h"
+#include "SetMIDIbandVariables.h"
 #include "ThreadVariables.h"
 
 namespace ovka {
@@ -25,6 +29,10 @@ void resetAllVariables() {
   fft::resetVariables();
   threads::resetVariables();
   document::resetVariables();
+  display::resetVariables();
+  midi::resetVariables();
+  setmidiband::resetVariables();
+  setmidi::resetVariables();
   app::resetVariables();
 }
 
@@ -47,11 +55,15 @@ Engine::Engine(const Machine& machine)
                      : std::make_unique<DocumentDesk>(*this, machine_, *machine.documents)),
       inputStream_({machine.threads, notifications_, polling_, application_, quiet_, quiet_,
                     dataBackups(), quiet_, quiet_, quiet_}),
-      fft_(std::make_unique<QZFFT>(serialPort_, machine.mainLoop)) {
+      fft_(std::make_unique<QZFFT>(serialPort_, machine.mainLoop)),
+      midi_(std::make_unique<MidiDesk>(*this, machine_)) {
   serialPort_.setBluetoothCommands(&bluetooth_);
   serialPort_.setInitbitrevAndFFT([this] { fft_->fftinit(fft::fftpX, fft::windSape); });
   addSettings();
+  midi_->addSettings(settings_);
   addActions();
+  midi_->addActions(actions_);
+  if (documents_ != nullptr) midi_->useGroups(*documents_);
   theEngine = this;
 }
 
@@ -77,6 +89,7 @@ std::string Engine::start() {
   machine_.threads.repeat("lineGuard", LineGuard::kTick, [this] { guard_.tick(); });
   machine_.threads.loop("performancePoll", [this] { return performancePoll(); });
   if (documents_ != nullptr) documents_->start(machine_.threads);
+  midi_->start(machine_.threads);
   started_ = true;
   return {};
 }
@@ -95,6 +108,7 @@ void Engine::stop() {
   stopped_ = true;
   serialPort_.stopWaiting();
   machine_.threads.stopAll();
+  midi_->stop();
   if (documents_ != nullptr) documents_->stop();
   bluetooth_.closeConnectonAction();
   for (std::int32_t port = 1; port <= AmplifierPorts::kInputs; ++port) closeAmplifier(port);

@@ -11,6 +11,7 @@
 #include "Clock.h"
 #include "LineGuard.h"
 #include "LossCounters.h"
+#include "MidiDesk.h"
 #include "NotificationCenter.h"
 #include "PortPolling.h"
 #include "QZAppController.h"
@@ -40,6 +41,7 @@ struct Machine {
   SerialPorts& serial;
   BluetoothChannel* bluetooth = nullptr;       ///< nullptr: this machine has none
   const DocumentMachine* documents = nullptr;  ///< nullptr: nothing is kept on disk
+  const MidiMachine* midi = nullptr;           ///< nullptr: nothing is played
 };
 
 /// Puts every process-wide variable of the system back to its default.
@@ -84,6 +86,10 @@ class Engine {
   QZAppController& application() { return application_; }
   /// Documents, presets, backups and journals; nullptr when the machine keeps nothing on disk.
   DocumentDesk* documents() { return documents_.get(); }
+  /// Everything that plays.
+  MidiDesk& midi() { return *midi_; }
+  /// The amplifier's ports as the acquisition threads poll them.
+  PortPolling& polling() { return polling_; }
   NotificationCenter& notifications() { return notifications_; }
   LossCounters& losses() { return losses_; }
   [[nodiscard]] const SettingsRegistry& settings() const { return settings_; }
@@ -129,6 +135,7 @@ class Engine {
   std::unique_ptr<DocumentDesk> documents_;
   QZInputStream inputStream_;
   std::unique_ptr<QZFFT> fft_;
+  std::unique_ptr<MidiDesk> midi_;
   SettingsRegistry settings_;
   ActionRegistry actions_;
   bool started_ = false;

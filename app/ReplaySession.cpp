@@ -1,6 +1,7 @@
 #include "ReplaySession.h"
 
 #include <system_error>
+#include <utility>
 
 #include "CaptureSettings.h"
 
@@ -14,13 +15,14 @@ constexpr int kQuietSteps = 5;
 
 }  // namespace
 
-ReplaySession::ReplaySession(AddressSpace& space, const DocumentMachine* documents)
-    : reader_(source_), space_(space), documents_(documents) {}
+ReplaySession::ReplaySession(AddressSpace& space, const DocumentMachine* documents, MidiOn midi)
+    : reader_(source_), space_(space), documents_(documents), midi_(std::move(midi)) {}
 
 ReplaySession::~ReplaySession() = default;
 
 ReplaySession::Opened ReplaySession::open(const std::string& path,
-                                          const std::vector<std::string>& assignments) {
+                                          const std::vector<std::string>& assignments,
+                                          const std::function<void(Engine&)>& prepare) {
   if (const int error = source_.open(path); error != 0) {
     return {Problem::File, "cannot read " + path + ": " + std::generic_category().message(error)};
   }
@@ -28,8 +30,9 @@ ReplaySession::Opened ReplaySession::open(const std::string& path,
   time_ = std::make_unique<ManualTime>(reader_.startWallNanoseconds());
   serial_ = std::make_unique<ReplaySerialPorts>(
       reader_, *time_, [this](std::int64_t target) { time_->advanceTo(target); });
-  engine_ = std::make_unique<Engine>(
-      Machine{*time_, *time_, *time_, space_, *serial_, nullptr, documents_});
+  engine_ = std::make_unique<Engine>(Machine{*time_, *time_, *time_, space_, *serial_, nullptr,
+                                             documents_, midi_ ? midi_(*time_) : nullptr});
+  if (prepare) prepare(*engine_);
 
   std::string problem = applyCaptureSettings(*engine_, reader_.settings());
   if (!problem.empty()) return {Problem::File, path + ": " + problem};

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,9 +19,14 @@ namespace ovka {
 /// and analysis, faster than real time and the same on every run. One thread.
 class ReplaySession {
  public:
+  /// Gives what plays in step with the replay's clock, which exists from open() on; what it gives
+  /// outlives the session.
+  using MidiOn = std::function<const MidiMachine*(const Clock&)>;
+
   /// `space` holds the samples; it and `documents` (nullptr: nothing is kept on disk) outlive the
-  /// session.
-  explicit ReplaySession(AddressSpace& space, const DocumentMachine* documents = nullptr);
+  /// session. `midi` empty: nothing is played.
+  explicit ReplaySession(AddressSpace& space, const DocumentMachine* documents = nullptr,
+                         MidiOn midi = {});
   ~ReplaySession();
 
   /// Why a session could not be opened.
@@ -31,8 +37,9 @@ class ReplaySession {
   };
 
   /// Opens a capture, takes over its settings, then the caller's ("fftp=2048", each), starts the
-  /// engine and opens the captured lines.
-  [[nodiscard]] Opened open(const std::string& path, const std::vector<std::string>& assignments);
+  /// engine and opens the captured lines. `prepare` gets the engine before all that; it may throw.
+  [[nodiscard]] Opened open(const std::string& path, const std::vector<std::string>& assignments,
+                            const std::function<void(Engine&)>& prepare = {});
 
   /// Moves the clock on. False once the capture has nothing left and what was on its way has
   /// arrived.
@@ -52,6 +59,7 @@ class ReplaySession {
   CaptureReader reader_;
   AddressSpace& space_;
   const DocumentMachine* documents_;
+  MidiOn midi_;
   std::unique_ptr<ManualTime> time_;
   std::unique_ptr<ReplaySerialPorts> serial_;
   std::unique_ptr<Engine> engine_;

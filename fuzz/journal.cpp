@@ -3,13 +3,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
-#include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Crc32.h"
+#include "Doubles.h"
 #include "HeapAddressSpace.h"
 #include "JournalCatalogue.h"
 #include "JournalReader.h"
@@ -23,39 +23,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// One file, whatever name is asked for.
-struct OneFile final : Files {
-  explicit OneFile(const Bytes& from) : bytes(from) {}
-  const Bytes& bytes;
-
-  struct Reader final : FileReader {
-    explicit Reader(const Bytes& from) : bytes(from) {}
-    std::uint64_t size() const override { return bytes.size(); }
-    int readAt(std::uint64_t offset, std::span<std::byte> out, std::size_t* got) override {
-      *got = offset >= bytes.size() ? 0 : std::min<std::size_t>(out.size(), bytes.size() - offset);
-      if (*got > 0) std::memcpy(out.data(), bytes.data() + offset, *got);
-      return 0;
-    }
-    const Bytes& bytes;
-  };
-  std::unique_ptr<FileReader> read(const std::string& /*path*/, int* error) override {
-    *error = 0;
-    return std::make_unique<Reader>(bytes);
-  }
-  std::unique_ptr<FileWriter> write(const std::string& /*path*/, WriteMode /*mode*/,
-                                    int* error) override {
-    *error = EROFS;
-    return nullptr;
-  }
-  int makeFolder(const std::string& /*path*/) override { return EROFS; }
-  int remove(const std::string& /*path*/) override { return EROFS; }
-  std::vector<std::string> list(const std::string& /*folder*/, int* error) override {
-    *error = 0;
-    return {"a.ovkajournal"};
-  }
-  int freeBytes(const std::string& /*folder*/, std::uint64_t* /*bytes*/) override { return EROFS; }
-};
-
 struct NoLocks final : FileLocks {
   std::unique_ptr<Lock> lock(const std::string& /*path*/, int* error) override {
     *error = ENOTSUP;
@@ -65,19 +32,9 @@ struct NoLocks final : FileLocks {
   bool isRunning(const std::string& /*mark*/) const override { return false; }
 };
 
-struct NoFolders final : Folders {
-  std::string resolve(std::string_view path) const override { return std::string(path); }
-};
-
-struct NoShell final : RecordingControl, AnnotationTrack {
-  void PauseMovie() override {}
-  void StopRecord2VideoandBrainwave() override {}
-  void StartRecord2VideoandBrainwave() override {}
-  void AutoSaveWhenRecEnd() override {}
-  std::int64_t getLengthofTime() override { return 0; }
-  void gotoStartWhenLoopmodeAndEnd() override {}
-  void autoReONport(std::int32_t /*on*/) override {}
-};
+std::string_view viewOf(const Bytes& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
 
 /// Makes sound chunks of what is there: marker, one session, rising sequence, sums. The lengths are
 /// the input's, cut to what is left.
@@ -101,7 +58,7 @@ void mend(Bytes& bytes) {
 }
 
 void readThrough(const Bytes& bytes) {
-  OneFile::Reader file(bytes);
+  MemoryFile file(viewOf(bytes));
   JournalReader reader(file);
   JournalChunk chunk;
   std::uint64_t payloads = 0;
@@ -113,9 +70,11 @@ void readThrough(const Bytes& bytes) {
 }
 
 void recoverFrom(const Bytes& bytes) {
-  OneFile files(bytes);
+  fuzzing::OneFile files;
+  files.bytes = viewOf(bytes);
+  files.listed = "a.ovkajournal";
   NoLocks locks;
-  const NoFolders folders;
+  const fuzzing::NoFolders folders;
   JournalCatalogue catalogue(files, locks, folders);
   int error = 0;
   for (const JournalSession& session : catalogue.sessions(&error)) {
@@ -129,7 +88,7 @@ void recoverFrom(const Bytes& bytes) {
     if (session.capacity > 1'000) continue;
     // One for all inputs: its address space is large.
     static HeapAddressSpace space;
-    static NoShell shell;
+    static fuzzing::NoShell shell;
     static SampleStore store(space, shell, shell);
     if (!catalogue.recover(session, store).empty()) std::abort();
     if (buffer::ploop < 0 || buffer::SampleSpeed == 0) std::abort();

@@ -10,7 +10,7 @@
 namespace ovka {
 
 // Files as the recording documents need them. Errors are errno values, 0 is success; a path is the
-// machine's own. Any thread, but each open file is used by one thread at a time.
+// machine's own. Any thread, but each open file is written by one thread at a time.
 
 /// A file open for reading at any place. It stays the file it was when another takes its name.
 class FileReader {
@@ -19,6 +19,7 @@ class FileReader {
   /// Length in bytes when it was opened.
   [[nodiscard]] virtual std::uint64_t size() const = 0;
   /// Reads up to out.size() bytes from `offset`; `*got` less than that means the end of the file.
+  /// Any number of threads at once.
   [[nodiscard]] virtual int readAt(std::uint64_t offset, std::span<std::byte> out,
                                    std::size_t* got) = 0;
 };

@@ -26,7 +26,8 @@ struct MidiDevice {
 using MidiReadProc = void (*)(const std::uint8_t* packetList, void* readContext,
                               void* sourceContext);
 
-/// What a client calls itself and its own endpoints.
+/// What a client calls itself and its own endpoints. An endpoint or port without a name is not
+/// made.
 struct MidiNames {
   std::string client = "OVKA MIDI";
   std::string inPort = "OVKA MIDI in port";
@@ -43,9 +44,10 @@ struct MidiReaders {
 };
 
 /// A MIDI system: one client with its ports and virtual endpoints. `send` and `received` may be
-/// called from any thread and never block, lock against the system's real-time thread or allocate;
-/// the rest is called by one thread at a time. A system that goes away while open is looked for
-/// again by the transport itself until close(); meanwhile sends are dropped and counted.
+/// called from any thread, but not while open() or close() runs; they never block, lock against the
+/// system's real-time thread or allocate. The rest is called by one thread at a time. A system that
+/// goes away while open is looked for again by the transport itself until close(); meanwhile sends
+/// are dropped and counted.
 class MidiTransport {
  public:
   virtual ~MidiTransport() = default;
@@ -63,9 +65,11 @@ class MidiTransport {
   [[nodiscard]] virtual std::vector<MidiDevice> externalDevices() { return {}; }
   /// Lets the in port hear a source. 0 or an errno.
   [[nodiscard]] virtual int connectSource(std::uint64_t source) = 0;
-  /// Sends one message of 1 to 3 bytes from the out port to one destination; a time stamp of 0
-  /// means now, as does one in the past. Destination 0 goes nowhere. 0 or an errno (EAGAIN: the
-  /// system takes no more at the moment, the message is dropped and counted).
+  /// Sends one whole message of 1 to 3 bytes from the out port to one destination. A time stamp is
+  /// nanoseconds of the monotonic clock; 0 means now, as does one in the past or another clock's
+  /// far ahead. Destination 0 goes nowhere. 0 or an errno; a message that was refused is dropped
+  /// and counted (EAGAIN: the system takes no more at the moment, ENODEV: the system is away,
+  /// ENXIO: the destination is; EINVAL: not a whole message, not counted).
   [[nodiscard]] virtual int send(std::uint64_t destination, std::uint64_t timeStamp,
                                  std::span<const std::uint8_t> message) = 0;
   /// Publishes one message on the virtual source, as if a device had sent it.

@@ -106,7 +106,7 @@ constexpr std::array<EngineGroupOrder, 6> kOrders{{
 /// A speed at which the recording in memory no longer fits, since the buffer keeps its length in
 /// seconds. A document that is being opened brings its own recording.
 [[nodiscard]] bool cutsRecording(std::string_view name, double value) {
-  if (document::openingX != 0) return false;
+  if (document::openingSamplesX != 0) return false;
   const bool mode = name == "samplingModeX";
   if (!mode && name != "SampleSpeed") return false;
   if (value < 0 || value > 1e6) return false;  // refused anyway

@@ -131,29 +131,11 @@ bool SetPreSet::openPreset(std::string_view nameOrPath, DocumentError* error) {
   const std::int32_t maximumTime = buffer::MaxTimeActionX;
   OVKA4DrawDocument document(at_);
   if (!document.openDataForAllPreference(path, error)) return false;
-  applyMaximumTime(maximumTime);
+  if (std::string note = takeMaximumTime(at_.store, maximumTime); !note.empty())
+    notes_.push_back(std::move(note));
   if (groups_ == nullptr) return true;
   for (std::string& problem : groups_->takeProblems()) notes_.push_back(std::move(problem));
   return true;
-}
-
-/// A preset has no samples that would size the buffer, so its maximum time does; never at the cost
-/// of a recording in memory.
-void SetPreSet::applyMaximumTime(std::int32_t before) {
-  const std::int32_t wanted = buffer::MaxTimeActionX;
-  if (wanted == before) return;
-  const auto seconds = kMaximumTimes[static_cast<std::size_t>(wanted)].seconds;
-  const std::int64_t points = std::int64_t{seconds} * buffer::SampleSpeed;
-  if (buffer::ploop > points) {
-    notes_.emplace_back(
-        "the maximum recording time was not taken: the recording in memory is longer; save it and "
-        "clear the buffer first");
-  } else if (setMaxTime(at_.store, wanted)) {
-    return;
-  } else {
-    notes_.emplace_back("the maximum recording time was not taken: there is not enough memory");
-  }
-  buffer::MaxTimeActionX = before;
 }
 
 bool SetPreSet::savePreset(std::string_view nameOrPath) {

@@ -101,7 +101,6 @@ class SetPreSet {
   void bindInformation();
   void SevDevConfig(std::int32_t channels);
   void report(const DocumentError& error);
-  void applyMaximumTime(std::int32_t before);
   [[nodiscard]] PortPreset rememberedPorts();
   void switchPortOn(PortPreset chosen, const PortPreset& remembered);
   [[nodiscard]] static std::string defaultPath() { return presetPath(kDefaultPresetName); }

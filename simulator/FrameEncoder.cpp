@@ -113,6 +113,20 @@ std::uint32_t codeOf(const FrameFormat& format, double microvolts) {
 
 }  // namespace
 
+std::uint32_t topCode(const FrameFormat& format) {
+  if (is12Bit(format)) return format.model == 1 && !format.oldBluetooth ? 0xFFU : kTop12;
+  return kTop24;
+}
+
+WireFrame encodeCodes(const FrameFormat& format, const FrameCodes& codes) {
+  constexpr std::uint32_t kSign12 = 0x800;  // the old head set sends two's complement
+  Codes onLine = codes.channels;
+  if (format.oldBluetooth) {
+    for (std::uint32_t& code : onLine) code ^= kSign12;
+  }
+  return layOut(format, onLine, codes.between);
+}
+
 WireFrame encodeFrame(const FrameFormat& format, const Microvolts& microvolts) {
   Codes codes{};
   for (std::size_t channel = 0; channel < codes.size(); ++channel) {

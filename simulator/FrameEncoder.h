@@ -25,6 +25,17 @@ struct WireFrame {
   std::size_t size = 0;
 };
 
+/// The codes of a frame, by channel 0 to 4, from 0 to topCode(); the middle of the range is 0 uV in
+/// all formats but 12-bit text, whose middle is 512.
+struct FrameCodes {
+  std::array<std::uint32_t, 5> channels{};
+  std::uint32_t between = 0;  ///< 24-bit text, configuration 2: channel 3, between the hex groups
+};
+/// The greatest code of a channel; of `between` 0xFFF.
+[[nodiscard]] std::uint32_t topCode(const FrameFormat& format);
+/// Lays codes out as a frame.
+[[nodiscard]] WireFrame encodeCodes(const FrameFormat& format, const FrameCodes& codes);
+
 /// Encodes one sample of every channel so that a reader's getIntFromBuffer gives microvolts (model
 /// 4: the same codes; its readers see them 163.84 times as large). Values beyond the code's range
 /// saturate. Codes:

@@ -18,6 +18,7 @@ as_root() {
 }
 
 # need PACKAGE...: installs the Debian packages that are not installed yet, and says so.
+installed=0
 need() {
   local missing=() package
   for package in "$@"; do
@@ -29,21 +30,24 @@ need() {
     die "these packages are missing and there is no apt-get to install them: ${missing[*]}"
   say "installing ${missing[*]}"
   as_root apt-get update -q >/dev/null || die "apt-get update failed; is the network there?"
+  installed=1
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends \
     "${missing[@]}" >/dev/null || die "apt-get could not install ${missing[*]}"
 }
 
-# What building needs; what the tests need besides; what the stricter door needs besides.
-BUILD_PACKAGES=(g++ cmake ninja-build ccache)
-TEST_PACKAGES=(doctest-dev binutils gnustep-base-runtime)
+# What building needs; what the desktop needs besides, then the tests, then the stricter door.
+BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config libasound2-dev libjack-jackd2-dev libfluidsynth-dev
+  timgm6mb-soundfont)
+DESKTOP_PACKAGES=(qt6-base-dev libqt6opengl6-dev libgl1-mesa-dri)
+TEST_PACKAGES=(doctest-dev binutils gnustep-base-runtime jackd2 xvfb xauth)
 CHECK_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
 BENCH_PACKAGES=(libbenchmark-dev libfftw3-dev)
 
-# build PRESET [TARGET...]: configures once, builds what changed.
+# build PRESET [TARGET...]: configures once and after an installation, builds what changed.
 build() {
   local preset=$1
   shift
-  [ -f "build/$preset/build.ninja" ] || { say "configuring $preset"; cmake --preset "$preset" >/dev/null; }
+  [ "$installed" = 0 ] && [ -f "build/$preset/build.ninja" ] || { say "configuring $preset"; cmake --preset "$preset" >/dev/null; }
   say "building $preset${*:+ ($*)}"
   if [ $# -gt 0 ]; then
     cmake --build --preset "$preset" --target "$@"

@@ -62,8 +62,8 @@ inline constinit Shared<std::int32_t> FixedFramingX{0};
 /// Model 1: the point at which the bytes of port 1 began, shared by ports 2 to 4; the decoder.
 inline constinit Shared<std::int64_t> ploopRock{0};
 
-/// When the read was made whose bytes completed the newest stored frame (nanoseconds of the clock, 0
-/// before the first); the port thread.
+/// When the read was made whose bytes completed the newest stored frame (nanoseconds of the clock,
+/// 0 before the first); the port thread.
 inline constinit Shared<std::int64_t> newestReadAt{0};
 
 // --- status of the amplifier; all written by the decoder -----------------------------------------

@@ -43,8 +43,8 @@ class StreamDecoder {
 
   /// What follows one read of `getFromModemNew:PortN:`: stages the bytes (none when the read
   /// returned none) and hands every fourth read on by "needUpdateDataBuffer"; model 1 and the
-  /// performance profile hand every read on at once. A buffer that ran full is handed on at once too, the bytes beyond it are
-  /// counted.
+  /// performance profile hand every read on at once. A buffer that ran full is handed on at once
+  /// too, the bytes beyond it are counted.
   void stageRead(std::int32_t portN, std::span<const std::uint8_t> bytes);
   /// What follows one read of `getFromModem:PortN:`, the older direct variant: decodes at once.
   void decodeRead(std::int32_t portN, std::span<const std::uint8_t> bytes);

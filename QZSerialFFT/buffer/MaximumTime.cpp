@@ -32,6 +32,20 @@ bool setMaxTime(SampleStore& store, std::string_view selector) {
   return false;
 }
 
+std::string takeMaximumTime(SampleStore& store, std::int32_t before) {
+  const std::int32_t wanted = buffer::MaxTimeActionX;
+  if (wanted == before || wanted < 0 || wanted >= static_cast<std::int32_t>(kMaximumTimes.size()))
+    return {};
+  const std::uint32_t seconds = kMaximumTimes[static_cast<std::size_t>(wanted)].seconds;
+  const auto points = static_cast<std::int64_t>(capacityFor(buffer::SampleSpeed, seconds));
+  const bool cut = buffer::ploop > points;
+  if (!cut && setMaxTime(store, wanted)) return {};
+  buffer::MaxTimeActionX = before;
+  return cut ? "the maximum recording time was not taken: the recording in memory is longer; save "
+               "it and clear the buffer first"
+             : "the maximum recording time was not taken: there is not enough memory";
+}
+
 std::uint32_t samplingModeSpeed(std::int32_t mode) {
   if (mode == kCustomSamplingMode) return buffer::SampleSpeedX;
   if (mode < 0 || mode >= static_cast<std::int32_t>(kSamplingModes.size())) return 0;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 
 #include "SampleStore.h"
@@ -35,6 +36,11 @@ inline constexpr std::array<MaximumTime, 10> kMaximumTimes{{
 bool setMaxTime(SampleStore& store, std::int32_t index);
 /// The same by the menu action's name.
 bool setMaxTime(SampleStore& store, std::string_view selector);
+
+/// What settings without samples do with the maximum time that they brought (`MaxTimeActionX`;
+/// `before`: what it was): performs the choice, but never at the cost of a recording in memory.
+/// Empty when done, else why the old one was put back, as one line. One caller at a time.
+[[nodiscard]] std::string takeMaximumTime(SampleStore& store, std::int32_t before);
 
 /// Samples per second of the sampling modes 0 to 10; mode 11 is `SampleSpeedX`.
 inline constexpr std::array<std::uint32_t, 11> kSamplingModes{128, 256, 512,  1024, 120, 240,

@@ -7,15 +7,19 @@ namespace ovka {
 void SampleStore::copyStored(std::int32_t channel, std::int64_t first,
                              std::span<std::int32_t> out) const {
   const auto opened = static_cast<std::int64_t>(opened_.load(std::memory_order_acquire));
-  std::fill(out.begin(), out.end(), 0);
-  if (channel < 0 || channel >= buffer::kChannels || first >= opened) return;
+  const bool known = channel >= 0 && channel < buffer::kChannels && first < opened;
   const std::int64_t from = std::max<std::int64_t>(first, 0);
-  const auto skipped = static_cast<std::uint64_t>(from) - static_cast<std::uint64_t>(first);
-  if (skipped >= out.size()) return;
-  const std::size_t count =
-      std::min<std::size_t>(out.size() - skipped, static_cast<std::size_t>(opened - from));
+  const std::size_t before =
+      known ? std::min(out.size(), static_cast<std::size_t>(static_cast<std::uint64_t>(from) -
+                                                            static_cast<std::uint64_t>(first)))
+            : out.size();
+  std::ranges::fill(out.first(before), 0);
+  out = out.subspan(before);
+  if (out.empty()) return;
+  const auto there = out.first(std::min(out.size(), static_cast<std::size_t>(opened - from)));
   channels_[static_cast<std::size_t>(channel)].values.snapshot(static_cast<std::size_t>(from),
-                                                               out.subspan(skipped, count));
+                                                               there);
+  std::ranges::fill(out.subspan(there.size()), 0);
 }
 
 void SampleStore::storeStored(std::int32_t channel, std::int64_t first,

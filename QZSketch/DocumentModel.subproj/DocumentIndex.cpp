@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "DigitScout.h"
 #include "PropertyListReader.h"
 #include "srtToLong.h"
 
@@ -80,8 +81,20 @@ class Indexer final : public PropertyListEvents {
   bool endData(std::uint64_t length) override {
     if (sample_ == nullptr) return tree_.endData(length);
     sample_->length = length;
+    const PropertyListParser::Meeting& met = parser_->meeting();
+    if (met.digits > 0 && met.digits % 2 == 0 && met.value == sample_->offset) {
+      sample_->middle = met.offset;
+      sample_->middleBytes = met.digits / 2;
+    }
     sample_ = nullptr;
     return true;
+  }
+  /// After a fault: the item in which it lies ends there.
+  void endEarly() {
+    if (sample_ != nullptr && sample_->kind == SampleItem::Kind::Block) {
+      sample_->length = parser_->dataDigits() / 2;
+    }
+    sample_ = nullptr;
   }
   [[nodiscard]] std::string refusal() const override {
     return refusal_.empty() ? tree_.refusal() : refusal_;
@@ -104,8 +117,9 @@ class Indexer final : public PropertyListEvents {
 /// Gathers samples in pieces, whatever form they have.
 class SampleReader final : public PropertyListEvents {
  public:
-  SampleReader(std::uint64_t limit, std::int32_t factor, const TakeSamples& take)
-      : left_(limit), factor_(factor), take_(take) {
+  SampleReader(std::uint64_t limit, std::size_t skippedBytes, std::int32_t factor,
+               const TakeSamples& take)
+      : left_(limit), skip_(skippedBytes), factor_(factor), take_(take) {
     piece_.reserve(kPiecePoints);
   }
   /// All that was asked for was passed on.
@@ -126,6 +140,9 @@ class SampleReader final : public PropertyListEvents {
   }
   bool beginData(bool* /*wanted*/) override { return true; }
   bool data(std::span<const std::uint8_t> bytes) override {
+    const std::size_t skipped = std::min(skip_, bytes.size());
+    bytes = bytes.subspan(skipped);
+    skip_ -= skipped;
     // A sample may be torn by the end of a run of digits.
     for (; tornBytes_ > 0 && !bytes.empty(); bytes = bytes.subspan(1)) {
       if (!addByte(bytes.front())) return false;
@@ -170,6 +187,7 @@ class SampleReader final : public PropertyListEvents {
   }
 
   std::uint64_t left_;
+  std::size_t skip_;  ///< bytes of a sample that belongs to the part before
   std::int32_t factor_;
   const TakeSamples& take_;
   std::vector<std::int32_t> piece_;
@@ -185,6 +203,8 @@ bool readDocumentIndex(FileReader& file, DocumentIndex* index, PropertyListError
   Indexer indexer(*index);
   PropertyListParser parser(file, indexer);
   indexer.follow(parser);
+  DigitScout scout(file);
+  parser.follow(scout);
   if (progress) {
     parser.onProgress = [&](std::uint64_t done) { progress(done, file.size()); };
   }
@@ -196,16 +216,28 @@ bool readDocumentIndex(FileReader& file, DocumentIndex* index, PropertyListError
   return true;
 }
 
-bool readSamples(FileReader& file, const SampleItem& item, std::uint64_t limit,
+bool salvageDocumentIndex(FileReader& file, DocumentIndex* index) {
+  *index = {};
+  Indexer indexer(*index);
+  PropertyListParser parser(file, indexer);
+  indexer.follow(parser);
+  if (!parser.parse()) indexer.endEarly();
+  index->list = indexer.tree().takeUnfinished();
+  return index->list.find("OVKA4data") != nullptr && index->samples[0].length >= 4;
+}
+
+bool readSamples(FileReader& file, const SampleItem& item, const SamplePart& part,
                  std::int32_t textFactor, const TakeSamples& take, PropertyListError* error,
                  const DocumentProgress& progress) {
-  if (item.kind == SampleItem::Kind::None || limit == 0) return true;
-  SampleReader reader(limit, textFactor, take);
+  if (item.kind == SampleItem::Kind::None || part.count == 0) return true;
+  const std::uint64_t skipped = part.first == 0 ? 0 : 4 * part.first - item.middleBytes;
+  SampleReader reader(part.count, static_cast<std::size_t>(skipped), textFactor, take);
   PropertyListParser parser(file, reader);
   if (progress) {
     parser.onProgress = [&](std::uint64_t done) { progress(done, file.size()); };
   }
-  const bool whole = parser.parseValueAt(item.offset);
+  const bool whole =
+      part.first == 0 ? parser.parseValueAt(item.offset) : parser.parseDataFrom(item.middle);
   reader.flush();
   if (whole || reader.done()) return true;
   *error = parser.error();

@@ -13,6 +13,8 @@ void resetVariables() {
   firstOpenX = 1;
   savingX = 0;
   openingX = 0;
+  openingSamplesX = 0;
+  salvageX = 0;
 }
 
 }  // namespace ovka::document

@@ -31,6 +31,11 @@ inline constinit Shared<std::int32_t> firstOpenX{1};
 /// 1: a document is being saved or opened: MIDI is silent; saving and opening.
 inline constinit Shared<std::int32_t> savingX{0};
 inline constinit Shared<std::int32_t> openingX{0};
+/// 1: the document being opened brings its own samples, so the recording in memory goes; opening.
+inline constinit Shared<std::int32_t> openingSamplesX{0};
+/// 1: the next opening takes what stands before the damage of a broken document; salvaging, cleared
+/// on use.
+inline constinit Shared<std::int32_t> salvageX{0};
 
 /// Puts every variable back to its default.
 void resetVariables();

@@ -4,7 +4,9 @@
 
 #include "BufferVariables.h"
 #include "DocumentHold.h"
+#include "MaximumTime.h"
 #include "OVKA4DrawDocument.h"
+#include "Print.h"
 #include "PropertyListReader.h"
 #include "SampleLoader.h"
 #include "srtToLong.h"
@@ -23,6 +25,25 @@ namespace {
 [[nodiscard]] bool samplesWanted(OpenScope scope, const SwitchSet& open) {
   return scope != OpenScope::PreferencesOnly && scope != OpenScope::PreferencesOnlyAndPort &&
          !open.on(DocumentSwitch::PreferenceOnly);
+}
+
+/// Tells how much of each channel a damaged document still has.
+void printSalvaged(const DocumentIndex& index) {
+  const auto pointsOf = [](const SampleItem& item) {
+    return item.kind == SampleItem::Kind::Block ? item.length / 4 : item.length;
+  };
+  const std::uint64_t whole = pointsOf(index.samples[0]);
+  for (std::size_t channel = 0; channel < index.samples.size(); ++channel) {
+    const std::uint64_t points = std::min(pointsOf(index.samples[channel]), whole);
+    Print("Error reading channel %zu: %llu of %llu points are there%s.\n", channel,
+          static_cast<unsigned long long>(points), static_cast<unsigned long long>(whole),
+          points < whole ? "; the rest is 0" : "");
+  }
+  if (index.list.find("OVKA4Device") == nullptr) {
+    Print(
+        "Error: model, configuration and sample speed stood behind the damage; those in force "
+        "hold.\n");
+  }
 }
 
 }  // namespace
@@ -60,9 +81,15 @@ bool OVKA4DrawDocument::open(FileReader& file, std::string_view typeName, Docume
   document::openScopeX = 0;
   DocumentIndex index;
   PropertyListError problem;
+  const bool salvage = document::salvageX != 0;
+  document::salvageX = 0;
   if (!readDocumentIndex(file, &index, &problem, at_.progress)) {
     error->detail = problem.describe();
-    return false;
+    if (!salvage || !salvageDocumentIndex(file, &index)) return false;
+    Print("Error: the document is damaged in %s; what stands before that was taken.\n",
+          error->detail.c_str());
+    printSalvaged(index);
+    *error = {};
   }
   std::vector<std::string> texts;
   const bool empty = index.list.dictionary() != nullptr && index.list.dictionary()->empty();
@@ -102,6 +129,8 @@ bool OVKA4DrawDocument::applyDocument(FileReader& file, const DocumentIndex& ind
     const bool settings = settingsWanted(scope, at_.switches.open);
     const bool samples = samplesWanted(scope, at_.switches.open);
     if (samples) at_.shell.switchToPlayMode();
+    document::openingSamplesX = samples ? 1 : 0;
+    const std::int32_t maximumTime = buffer::MaxTimeActionX;
     hold.changePause([&] {
       at_.information.apply(texts, {samples, settings, rules.multiApplicationMode});
     });
@@ -109,6 +138,12 @@ bool OVKA4DrawDocument::applyDocument(FileReader& file, const DocumentIndex& ind
     if (settings) applyGroups(index.list, true);
     if (samples) done = putAllBrainData(file, index, texts, rules, error);
     if (settings) applyGroups(index.list, false);
+    document::openingSamplesX = 0;
+    // Samples size the buffer themselves.
+    if (!samples) {
+      if (const std::string note = takeMaximumTime(at_.store, maximumTime); !note.empty())
+        Print("Error: %s.\n", note.c_str());
+    }
   }
   finishOpening(scope);
   return done;

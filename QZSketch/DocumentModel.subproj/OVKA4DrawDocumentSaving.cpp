@@ -88,7 +88,8 @@ DrawDocumentDictionary OVKA4DrawDocument::drawDocumentDictionaryForGraphics() {
   // The list tells the pause of the user, so it comes before the pause of the save.
   dictionary.head = headOf();
   dictionary.hold = std::make_shared<Hold>(at_.shell, document::savingX);
-  const bool settingsOnly = document::saveAsPreferenceX != 0;
+  const bool settingsOnly =
+      document::saveAsPreferenceX != 0 || at_.switches.save.on(DocumentSwitch::PreferenceOnly);
   document::saveAsPreferenceX = 0;
   if (!settingsOnly) addSamples(&dictionary);
   addGroups(&dictionary.tail);

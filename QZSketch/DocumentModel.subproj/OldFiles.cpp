@@ -95,14 +95,32 @@ bool OldFiles::loadRawChannel(FileReader& file, std::int32_t channel, std::uint6
   return true;
 }
 
-bool OldFiles::loadRaw(FileReader& file) {
+std::int64_t OldFiles::rawSamples(const FileReader& file) {
   const std::uint64_t size = file.size();
-  if (size < kHeaderBytes) {
-    Print("Error reading an old recording: %llu bytes are fewer than its header has.\n",
-          static_cast<unsigned long long>(size));
-    return false;
-  }
-  const std::uint64_t half = (size - kHeaderBytes) / 2;
+  if (size >= kHeaderBytes) return static_cast<std::int64_t>((size - kHeaderBytes) / 2);
+  Print("Error reading an old recording: %llu bytes are fewer than its header has.\n",
+        static_cast<unsigned long long>(size));
+  return -1;
+}
+
+std::int64_t OldFiles::countRaw(Files& files, const std::string& path) {
+  int error = 0;
+  const auto file = files.read(path, &error);
+  return file == nullptr ? -1 : rawSamples(*file);
+}
+
+std::int64_t OldFiles::countText(Files& files, const std::string& path) {
+  int error = 0;
+  const auto file = files.read(path, &error);
+  std::int64_t numbers = 0;
+  if (file == nullptr || !forEachNumber(*file, [&](double) { return ++numbers != 0; })) return -1;
+  return numbers / 2;
+}
+
+bool OldFiles::loadRaw(FileReader& file) {
+  const std::int64_t samples = rawSamples(file);
+  if (samples < 0) return false;
+  const auto half = static_cast<std::uint64_t>(samples);
   const std::uint64_t count = std::min(half, buffer::MAXbuffer);
   if (!store_.initMalloc(count)) return false;
   return loadRawChannel(file, 1, kHeaderBytes, count) &&

@@ -24,12 +24,17 @@ class OldFiles {
   /// openOldFileToBuffer the text form: numbers between white space, the first half channel 1, the
   /// second channel 2, fractions cut off.
   bool openOldFileToBuffer(const std::string& path);
+  /// Samples of each channel that a file holds, by its form, without loading it; -1, and a line was
+  /// printed, when it is none.
+  [[nodiscard]] static std::int64_t countRaw(Files& files, const std::string& path);
+  [[nodiscard]] static std::int64_t countText(Files& files, const std::string& path);
   /// openWebLiveOVKAFileToBuffer: the raw form for live replay: plays from the start, as a loop.
   bool openWebLiveOVKAFileToBuffer(const std::string& path);
   /// openWebLiveOVKAFileToBufferX: the same from bytes that were received.
   bool openWebLiveOVKAFileToBufferX(std::span<const std::uint8_t> bytes);
 
  private:
+  [[nodiscard]] static std::int64_t rawSamples(const FileReader& file);
   bool loadRaw(FileReader& file);
   bool loadRawChannel(FileReader& file, std::int32_t channel, std::uint64_t offset,
                       std::uint64_t count);

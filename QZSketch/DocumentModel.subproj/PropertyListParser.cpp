@@ -4,6 +4,7 @@
 #include <system_error>
 #include <utility>
 
+#include "DigitScout.h"
 #include "HexCoding.h"
 
 namespace ovka {
@@ -237,9 +238,20 @@ bool PropertyListParser::data() {
   if (peek() == '*') return typedValue();
   bool wanted = true;
   if (!events_.beginData(&wanted)) return refused();
-  std::uint64_t digits = 0;
+  return dataRest(wanted);
+}
+
+bool PropertyListParser::parseDataFrom(std::uint64_t offset) {
+  blockOffset_ = offset;
+  lineOffset_ = offset;
+  return dataRest(true);
+}
+
+bool PropertyListParser::dataRest(bool wanted) {
+  digits_ = 0;
   int pending = -1;
   while (true) {
+    if (!wanted && scout_ != nullptr && takeScouted(&pending)) continue;
     const int c = peek();
     if (c == '>') break;
     if (isSpace(c)) {
@@ -249,24 +261,42 @@ bool PropertyListParser::data() {
     if (c == kEnd || hexDigit(static_cast<char>(c)) < 0) {
       return fail("data holds hexadecimal digits and ends with \">\"; found " + shown(c));
     }
-    if (!dataRun(wanted, &digits, &pending)) return false;
+    if (!dataRun(wanted, &pending)) return false;
   }
   if (pending >= 0) return fail("data has an odd number of digits");
   next();
-  return events_.endData(digits / 2) || refused();
+  return events_.endData(digits_ / 2) || refused();
+}
+
+/// Steps over what the scout has looked at, when a run of its begins here.
+bool PropertyListParser::takeScouted(int* pending) {
+  if (offset() < scout_->begin()) return false;
+  const DigitScout::Run* run = scout_->runAt(offset());
+  if (run == nullptr) return false;
+  if (run->begin == scout_->begin()) meeting_ = {valueOffset_, run->begin, digits_};
+  digits_ += run->digits;
+  *pending = digits_ % 2 == 0 ? -1 : 0;  // its value is not wanted
+  line_ += run->lineEnds;
+  if (run->lineEnds > 0) lineOffset_ = run->lastLine;
+  blockOffset_ = run->end;
+  at_ = filled_ = 0;
+  return true;
 }
 
 /// One step through the digits: a long run of pairs, or a single digit where a pair is torn apart
 /// by white space or by the end of the block.
-bool PropertyListParser::dataRun(bool wanted, std::uint64_t* digits, int* pending) {
+bool PropertyListParser::dataRun(bool wanted, int* pending) {
   if (*pending < 0) {
-    const std::span<const char> rest(block_.data() + at_, filled_ - at_);
+    std::span<const char> rest(block_.data() + at_, filled_ - at_);
+    if (scout_ != nullptr && offset() < scout_->begin()) {
+      rest = rest.first(std::min<std::uint64_t>(rest.size(), scout_->begin() - offset()));
+    }
     if (wanted && decoded_.empty()) decoded_.resize(block_.size() / 2 / sizeof(std::int32_t) + 1);
     auto* const to = wanted ? reinterpret_cast<std::uint8_t*>(decoded_.data()) : nullptr;
     const HexRun run = hexDecode(rest, to);
     if (run.consumed > 0) {
       at_ += run.consumed;
-      *digits += 2 * run.bytes;
+      digits_ += 2 * run.bytes;
       return !wanted || run.bytes == 0 || events_.data({to, run.bytes}) || refused();
     }
     *pending = hexDigit(static_cast<char>(next()));
@@ -274,10 +304,9 @@ bool PropertyListParser::dataRun(bool wanted, std::uint64_t* digits, int* pendin
     const auto byte =
         static_cast<std::uint8_t>(*pending << 4 | hexDigit(static_cast<char>(next())));
     *pending = -1;
-    ++*digits;
     if (wanted && !events_.data({&byte, 1})) return refused();
   }
-  ++*digits;
+  ++digits_;
   return true;
 }
 

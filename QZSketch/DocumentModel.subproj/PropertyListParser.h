@@ -12,6 +12,8 @@
 
 namespace ovka {
 
+class DigitScout;
+
 /// Receives a property list as it is read. An event that returns false ends the reading with
 /// refusal() as the error's text. Texts and bytes are valid during the call only.
 class PropertyListEvents {
@@ -66,6 +68,21 @@ class PropertyListParser {
   [[nodiscard]] bool parse();
   /// Reads the one value that starts at a byte offset and stops behind it.
   [[nodiscard]] bool parseValueAt(std::uint64_t offset);
+  /// Reads the rest of a data item from between two of its digits on.
+  [[nodiscard]] bool parseDataFrom(std::uint64_t offset);
+
+  /// Takes the lengths of data that nobody wants from a scout, which outlives the parser. Before
+  /// parsing.
+  void follow(DigitScout& scout) { scout_ = &scout; }
+  /// Where the scout's first run was met inside a data item.
+  struct Meeting {
+    std::uint64_t value = 0;   ///< byte offset of the item
+    std::uint64_t offset = 0;  ///< of the run
+    std::uint64_t digits = 0;  ///< of the item before it; 0: none was met
+  };
+  [[nodiscard]] const Meeting& meeting() const { return meeting_; }
+  /// Digits of the data item that is being read, or was read last.
+  [[nodiscard]] std::uint64_t dataDigits() const { return digits_; }
 
   /// Byte offset of what comes next; during a begin event, of the value's first byte after "{" or
   /// the like; meaningful for parseValueAt() only through valueOffset().
@@ -92,7 +109,9 @@ class PropertyListParser {
   [[nodiscard]] bool pairRest(int end, std::size_t depth);
   [[nodiscard]] bool array(std::size_t depth);
   [[nodiscard]] bool data();
-  [[nodiscard]] bool dataRun(bool wanted, std::uint64_t* digits, int* pending);
+  [[nodiscard]] bool dataRest(bool wanted);
+  [[nodiscard]] bool dataRun(bool wanted, int* pending);
+  bool takeScouted(int* pending);
   [[nodiscard]] bool typedValue();
   [[nodiscard]] bool token();
   [[nodiscard]] bool quoted(int quote);
@@ -119,6 +138,9 @@ class PropertyListParser {
   std::string text_;        ///< the token being read
   unsigned surrogate_ = 0;  ///< a high one that waits for its partner
   PropertyListError error_;
+  std::uint64_t digits_ = 0;  ///< of the data item
+  DigitScout* scout_ = nullptr;
+  Meeting meeting_;
 };
 
 }  // namespace ovka

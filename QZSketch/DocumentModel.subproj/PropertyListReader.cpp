@@ -54,6 +54,12 @@ bool PropertyListBuilder::add(PropertyList value) {
   return true;
 }
 
+PropertyList PropertyListBuilder::takeUnfinished() {
+  while (!levels_.empty() && close()) {
+  }
+  return take();
+}
+
 bool PropertyListBuilder::key(std::string_view text) {
   if (!charge(text.size())) return false;
   levels_.back().key = std::string(text);

@@ -34,6 +34,8 @@ class PropertyListBuilder final : public PropertyListEvents {
   explicit PropertyListBuilder(std::size_t bytes = kDefaultBytes) : left_(bytes) {}
   /// The finished tree.
   [[nodiscard]] PropertyList take() { return std::move(root_); }
+  /// The tree of what was read before a fault; a value that was not finished is left out.
+  [[nodiscard]] PropertyList takeUnfinished();
 
   bool beginDictionary() override { return open(PropertyList::Dictionary{}); }
   bool key(std::string_view text) override;

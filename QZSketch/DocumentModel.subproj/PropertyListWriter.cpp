@@ -77,20 +77,21 @@ int MemoryWriter::write(std::span<const std::byte> bytes) {
   return 0;
 }
 
-PropertyListWriter::PropertyListWriter(FileWriter& to) : to_(to), block_(kBlockBytes) {}
+PropertyListWriter::PropertyListWriter(FileWriter& to)
+    : to_(to), block_(std::make_unique_for_overwrite<char[]>(kBlockBytes)) {}
 
 void PropertyListWriter::flush() {
   if (error_ == 0 && used_ > 0) {
-    error_ = to_.write(std::as_bytes(std::span<const char>(block_.data(), used_)));
+    error_ = to_.write(std::as_bytes(std::span<const char>(block_.get(), used_)));
   }
   used_ = 0;
 }
 
 void PropertyListWriter::put(std::string_view text) {
   while (!text.empty()) {
-    if (used_ == block_.size()) flush();
-    const std::size_t count = std::min(text.size(), block_.size() - used_);
-    std::memcpy(block_.data() + used_, text.data(), count);
+    if (used_ == kBlockBytes) flush();
+    const std::size_t count = std::min(text.size(), kBlockBytes - used_);
+    std::memcpy(block_.get() + used_, text.data(), count);
     used_ += count;
     text.remove_prefix(count);
   }
@@ -188,10 +189,10 @@ void PropertyListWriter::data(std::span<const std::uint8_t> bytes) {
       put("\n");
       lineBytes_ = 0;
     }
-    if (block_.size() - used_ < 2) flush();
+    if (kBlockBytes - used_ < 2) flush();
     const std::size_t count =
-        std::min({bytes.size(), kDataLine - lineBytes_, (block_.size() - used_) / 2});
-    hexEncode(bytes.first(count), block_.data() + used_);
+        std::min({bytes.size(), kDataLine - lineBytes_, (kBlockBytes - used_) / 2});
+    hexEncode(bytes.first(count), block_.get() + used_);
     used_ += 2 * count;
     lineBytes_ += count;
     bytes = bytes.subspan(count);

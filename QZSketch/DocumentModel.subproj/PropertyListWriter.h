@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -64,7 +65,7 @@ class PropertyListWriter {
   void endContainer(char bracket);
 
   FileWriter& to_;
-  std::vector<char> block_;
+  std::unique_ptr<char[]> block_;
   std::size_t used_ = 0;
   int error_ = 0;
   std::size_t depth_ = 0;

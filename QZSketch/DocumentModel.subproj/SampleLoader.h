@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "DocumentIndex.h"
 #include "DocumentSwitches.h"
@@ -10,8 +12,9 @@
 
 namespace ovka {
 
-/// Moves the samples of a checked document into the buffer. Used once; the main thread, while
-/// nothing is acquired.
+/// Moves the samples of a checked document into the buffer, on as many threads as there are
+/// processors (four at most). Used once; the main thread, while nothing is acquired. Where a
+/// channel is shorter than channel 0 the rest of it is 0.
 class SampleLoader {
  public:
   SampleLoader(SampleStore& store, const SwitchSet& open, FileReader& file,
@@ -29,11 +32,19 @@ class SampleLoader {
  private:
   [[nodiscard]] std::uint64_t sampleCount() const;
   [[nodiscard]] bool prepareRoom(std::int64_t start, std::uint64_t count);
-  [[nodiscard]] bool loadBlocks(std::int64_t start, std::uint64_t count);
-  [[nodiscard]] bool loadTexts(std::int64_t start, std::uint64_t count);
+  [[nodiscard]] bool loadChannels(std::int64_t start, std::uint64_t limit, bool swap);
   [[nodiscard]] bool wanted(std::int32_t channel) const;
-  [[nodiscard]] bool transfer(std::int32_t channel, std::int64_t to, std::uint64_t limit,
-                              std::int32_t factor, bool swap);
+  /// What one thread moves at a time: a channel or half of one.
+  struct Work {
+    std::int32_t channel = 0;
+    SamplePart part;
+    std::uint64_t end = 0;    ///< up to here what the document does not hold becomes 0
+    std::int32_t factor = 1;  ///< of texts
+  };
+  [[nodiscard]] std::vector<Work> worksOf(std::int32_t channel, std::uint64_t limit) const;
+  /// Empty when done, else why not.
+  [[nodiscard]] std::string transfer(const Work& work, std::int64_t start, bool swap,
+                                     const DocumentProgress& tell);
 
   SampleStore& store_;
   const SwitchSet& open_;

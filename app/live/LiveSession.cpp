@@ -3,6 +3,8 @@
 #include <system_error>
 #include <utility>
 
+#include "AmplifierVariables.h"
+#include "BufferVariables.h"
 #include "CaptureSettings.h"
 #include "Signal.h"
 
@@ -14,7 +16,11 @@ LiveSession::~LiveSession() {
   close();
 }
 
-LiveSession::Opened LiveSession::startAmplifier(const SimulatorOptions& options) {
+LiveSession::Opened LiveSession::startAmplifier(SimulatorOptions options) {
+  options.samplesPerSecond = buffer::SampleSpeed;
+  options.config = buffer::DeviceConfig;
+  options.model = buffer::SelectDevice;
+  options.oldBluetooth = amplifier::oldBluetooth != 0;
   std::string problem = options.validate();
   if (!problem.empty()) return {Problem::Setting, problem};
   std::unique_ptr<Signal> signal = makeSignal(options, problem);
@@ -50,23 +56,47 @@ LiveSession::Opened LiveSession::openPorts() {
   return {};
 }
 
+LiveSession::Opened LiveSession::openRememberedPort(const LiveChoice& choice) {
+  DocumentDesk& desk = *engine_->documents();
+  desk.setLineSettings(choice.assignments);
+  const bool asked = desk.panel().takePortSetup();  // by the preset of this start
+  if (!desk.panel().switchPortOnAtStart()) {
+    if (!asked)
+      return {Problem::NoPort, "no port is named, and none is remembered to be switched on"};
+    desk.panel().setPortONAction(1);
+  }
+  // The desk has told why.
+  if (!desk.portProblem().empty()) return {Problem::Port, "the remembered port is not open"};
+  source_ = desk.chosenPorts().path;
+  return {};
+}
+
+/// The preset first, so that the line has the last word.
+LiveSession::Opened LiveSession::applySettings(const LiveChoice& choice) {
+  DocumentError error;
+  if (!choice.preset.empty() && !engine_->documents()->panel().openPreset(choice.preset, &error))
+    return {Problem::Preset, error.detail.empty() ? error.reason : error.detail};
+  for (const std::string& assignment : choice.assignments) {
+    std::string problem = engine_->assign(assignment);
+    if (!problem.empty()) return {Problem::Setting, std::move(problem)};
+  }
+  return {};
+}
+
 LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
   ports_ = choice.ports;
   source_ = ports_.empty() ? std::string() : ports_.front();
-  if (choice.demo) {
-    if (Opened opened = startAmplifier(choice.amplifier); opened.problem != Problem::None) {
-      return opened;
-    }
-  }
   if (!choice.capture.empty()) {
     if (Opened opened = startCapture(choice); opened.problem != Problem::None) return opened;
   }
   SerialPorts& serial = capturing_ ? static_cast<SerialPorts&>(*capturing_) : serial_;
   engine_ = std::make_unique<Engine>(
-      Machine{clock_, threads_, mainLoop_, space_, serial, nullptr, choice.documents});
-  for (const std::string& assignment : choice.assignments) {
-    std::string problem = engine_->assign(assignment);
-    if (!problem.empty()) return {Problem::Setting, std::move(problem)};
+      Machine{clock_, threads_, mainLoop_, space_, serial, nullptr, choice.documents, choice.midi});
+  if (Opened opened = applySettings(choice); opened.problem != Problem::None) return opened;
+  if (choice.demo) {
+    if (Opened opened = startAmplifier(choice.amplifier); opened.problem != Problem::None) {
+      return opened;
+    }
   }
   if (writer_ && !writer_->begin(clock_.wallNanoseconds(), captureSettings(*engine_, ports_))) {
     return {Problem::Output, "cannot write " + choice.capture + ": " +
@@ -75,7 +105,7 @@ LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
   std::string problem = engine_->start();
   if (!problem.empty()) return {Problem::Memory, std::move(problem)};
   mainThread_ = std::thread([this] { mainLoop_.run(); });
-  return openPorts();
+  return choice.rememberedPort ? openRememberedPort(choice) : openPorts();
 }
 
 std::string LiveSession::close() {

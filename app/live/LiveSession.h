@@ -27,7 +27,12 @@ struct LiveChoice {
   std::vector<std::string> ports;
   /// The virtual amplifier inside, instead of lines.
   bool demo = false;
+  /// Its model, configuration and speed follow the settings.
   SimulatorOptions amplifier;
+  /// The port that the port preset asks to be switched on at the start, instead of lines.
+  bool rememberedPort = false;
+  /// A preset that is applied first, a name in the folder of presets or a path; empty for none.
+  std::string preset;
   /// Settings, each "NAME=VALUE", applied in order before anything starts.
   std::vector<std::string> assignments;
   /// A file that keeps every received block; empty for none.
@@ -35,6 +40,8 @@ struct LiveChoice {
   bool overwriteCapture = false;
   /// Outlives the session; nullptr: nothing is kept on disk.
   const DocumentMachine* documents = nullptr;
+  /// Outlives the session; nullptr: nothing is played.
+  const MidiMachine* midi = nullptr;
 };
 
 /// The engine on this machine: real clock, threads and serial lines, optionally the virtual
@@ -48,7 +55,7 @@ class LiveSession {
   LiveSession(const LiveSession&) = delete;
   LiveSession& operator=(const LiveSession&) = delete;
 
-  enum class Problem : std::uint8_t { None, Setting, Port, Output, Memory };
+  enum class Problem : std::uint8_t { None, Setting, Preset, NoPort, Port, Output, Memory };
   struct Opened {
     Problem problem = Problem::None;
     std::string explanation;  ///< one line; empty when open
@@ -70,10 +77,11 @@ class LiveSession {
   [[nodiscard]] const LinuxClock& clock() const { return clock_; }
 
  private:
-  [[nodiscard]] Opened startAmplifier(const SimulatorOptions& options);
+  [[nodiscard]] Opened startAmplifier(SimulatorOptions options);
   [[nodiscard]] Opened startCapture(const LiveChoice& choice);
-  [[nodiscard]] Opened assignAll(Engine& engine, const LiveChoice& choice);
+  [[nodiscard]] Opened applySettings(const LiveChoice& choice);
   [[nodiscard]] Opened openPorts();
+  [[nodiscard]] Opened openRememberedPort(const LiveChoice& choice);
 
   LinuxClock clock_;
   LinuxSerialPorts serial_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <utility>
 
 #include "Failure.h"
@@ -19,25 +20,18 @@ constexpr nanoseconds kReplayStep = std::chrono::milliseconds(10);
   switch (problem) {
     case LiveSession::Problem::Setting:
       throw Failure(ExitCode::Usage, explanation);
+    case LiveSession::Problem::Preset:
+      throw Failure(ExitCode::BadInput, explanation);
+    case LiveSession::Problem::NoPort:
+      throw Failure(ExitCode::Usage, explanation +
+                                         "; name one with '--port', and '--remember' makes it the "
+                                         "one without; '--demo' needs none");
     case LiveSession::Problem::Port:
       throw Failure(ExitCode::Port, explanation);
     case LiveSession::Problem::Output:
       throw Failure(ExitCode::Output, explanation);
     case LiveSession::Problem::Memory:
     case LiveSession::Problem::None:
-      break;
-  }
-  throw Failure(ExitCode::Failed, explanation);
-}
-
-[[noreturn]] void refuse(ReplaySession::Problem problem, const std::string& explanation) {
-  switch (problem) {
-    case ReplaySession::Problem::File:
-      throw Failure(ExitCode::BadInput, explanation);
-    case ReplaySession::Problem::Setting:
-      throw Failure(ExitCode::Usage, explanation);
-    case ReplaySession::Problem::Memory:
-    case ReplaySession::Problem::None:
       break;
   }
   throw Failure(ExitCode::Failed, explanation);
@@ -54,11 +48,28 @@ std::string assigned(const std::vector<std::string>& assignments, const std::str
 
 }  // namespace
 
+void refuse(ReplaySession::Problem problem, const std::string& explanation) {
+  switch (problem) {
+    case ReplaySession::Problem::File:
+      throw Failure(ExitCode::BadInput, explanation);
+    case ReplaySession::Problem::Setting:
+      throw Failure(ExitCode::Usage, explanation);
+    case ReplaySession::Problem::Memory:
+    case ReplaySession::Problem::None:
+      break;
+  }
+  throw Failure(ExitCode::Failed, explanation);
+}
+
 LiveChain::LiveChain(const LiveChoice& choice) {
   const LiveSession::Opened opened = session_.open(choice);
   if (opened.problem != LiveSession::Problem::None) {
     session_.close();
     refuse(opened.problem, opened.explanation);
+  }
+  if (!choice.preset.empty()) {
+    for (const std::string& note : engine().documents()->panel().notes())
+      std::fprintf(stderr, "ovka: %s: %s\n", choice.preset.c_str(), note.c_str());
   }
   start_ = session_.clock().nanoseconds();
 }
@@ -120,30 +131,27 @@ std::vector<std::string> assignmentsOf(const Arguments& arguments) {
 LiveChoice liveChoiceOf(const Arguments& arguments) {
   LiveChoice choice;
   choice.assignments = assignmentsOf(arguments);
+  choice.preset = arguments.text("preset").value_or("");
   if (!arguments.given("demo")) {
     refuseSignalWithoutDemo(arguments);
     choice.ports = arguments.all("port");
+    choice.rememberedPort = choice.ports.empty();
     if (choice.ports.size() > AmplifierPorts::kInputs)
       throw Failure(ExitCode::Usage, "there are four input ports, no more");
     return choice;
   }
   choice.demo = true;
   choice.amplifier = simulatorOptionsOf(arguments);
-  // The virtual amplifier and the chain must agree on what stands on the line: --set wins, then the
-  // plain options, then the amplifier's own defaults.
-  const auto agree = [&](const char* name, std::uint32_t& amplifier) {
-    const auto value = readInteger(assigned(choice.assignments, name));
-    if (value && *value >= 0 && *value <= 16000) {
-      amplifier = static_cast<std::uint32_t>(*value);
-    } else if (!value) {
+  // The virtual amplifier follows the settings: --set wins, then the plain options, then a preset,
+  // else the amplifier's own defaults.
+  const auto orElse = [&](const char* name, std::uint32_t amplifier) {
+    if (assigned(choice.assignments, name).empty() && choice.preset.empty())
       choice.assignments.insert(choice.assignments.begin(),
                                 std::string(name) + "=" + std::to_string(amplifier));
-    }
   };
-  agree("SampleSpeed", choice.amplifier.samplesPerSecond);
-  agree("DeviceConfig", choice.amplifier.config);
-  agree("SelectDevice", choice.amplifier.model);
-  choice.amplifier.oldBluetooth = assigned(choice.assignments, "oldBluetooth") == "1";
+  orElse("SampleSpeed", choice.amplifier.samplesPerSecond);
+  orElse("DeviceConfig", choice.amplifier.config);
+  orElse("SelectDevice", choice.amplifier.model);
   return choice;
 }
 

@@ -67,6 +67,9 @@ class ReplayChain final : public Chain {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
+/// Ends the command because a replay could not be opened. Throws Failure.
+[[noreturn]] void refuse(ReplaySession::Problem problem, const std::string& explanation);
+
 /// What a line with the options of `live` or `capture` chooses, assignments included.
 [[nodiscard]] LiveChoice liveChoiceOf(const Arguments& arguments);
 

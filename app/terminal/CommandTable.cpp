@@ -1,5 +1,7 @@
 #include "Commands.h"
 #include "DocumentForms.h"
+#include "MidiForms.h"
+#include "MusicOptions.h"
 #include "SimulatorArguments.h"
 
 namespace ovka::terminal {
@@ -48,6 +50,15 @@ OptionGroup sourceGroup() {
   return {"Where the signal comes from", {portOption(), demoOption()}};
 }
 
+std::vector<Option> startOptions() {
+  return {Option::text("preset", "NAME",
+                       "Apply a preset first; options of the line go before it. A name without '/' "
+                       "lies in the folder of presets."),
+          Option::flag("remember",
+                       "From now on this port is the one without '--port', with the settings of "
+                       "the amplifier.")};
+}
+
 std::vector<OptionGroup> withDemoGroups(std::vector<OptionGroup> groups) {
   for (OptionGroup& group : signalGroups()) {
     group.heading += " (with --demo)";
@@ -73,6 +84,8 @@ CommandForm liveForm() {
       {{"Where the signal comes from",
         {portOption(), Option::text("capture", "FILE", "A capture file."), demoOption()}},
        amplifierGroup(),
+       {"The start", startOptions()},
+       musicGroup(),
        {"What is shown",
         {kJson, Option::flag("plain", "Lines of text, also in a terminal."), kInterval,
          seconds("End after so many seconds."),
@@ -80,8 +93,12 @@ CommandForm liveForm() {
                       "Perform a window action after the start; 'ovka actions' lists them.")
              .repeated()}},
        chainGroup()});
-  form.exclusives = {{{"port", "capture", "demo"}, true}, {{"json", "plain"}, false}};
-  form.examples = {"ovka live --demo", "ovka live --port /dev/ttyUSB0 --model 6 --config 3",
+  form.exclusives = {{{"port", "capture", "demo"}, false}, {{"remember", "capture", "demo"}, false},
+                     {{"preset", "capture"}, false},       {{"play", "capture"}, false},
+                     {{"to", "capture"}, false},           {{"midi", "capture"}, false},
+                     {{"performance", "capture"}, false},  {{"json", "plain"}, false}};
+  form.examples = {"ovka live --demo", "ovka live --demo --play",
+                   "ovka live --port /dev/ttyUSB0 --model 6 --config 3",
                    "ovka live --demo --signal sine --frequency 10 --json --seconds 10"};
   return form;
 }
@@ -235,6 +252,7 @@ const std::vector<CommandForm>& commandForms() {
     std::vector<CommandForm> forms{liveForm(),   simulateForm(), portsForm(),  captureForm(),
                                    replayForm(), decodeForm(),   analyseForm()};
     for (CommandForm& form : documentForms()) forms.push_back(std::move(form));
+    for (CommandForm& form : midiForms()) forms.push_back(std::move(form));
     for (CommandForm& form : std::vector{settingsForm(), actionsForm(), benchForm()})
       forms.push_back(std::move(form));
     return forms;

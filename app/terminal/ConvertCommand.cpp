@@ -10,10 +10,13 @@
 #include "Chain.h"
 #include "Commands.h"
 #include "Console.h"
+#include "ConvertCapture.h"
 #include "CsvSamples.h"
+#include "DocumentVariables.h"
 #include "Failure.h"
 #include "FileEngine.h"
 #include "FileKinds.h"
+#include "LinuxClock.h"
 #include "OldFiles.h"
 #include "RecordingRoom.h"
 
@@ -24,11 +27,6 @@ namespace {
 void refuseOutput(FileKind kind, const std::string& path) {
   std::string reason;
   switch (kind) {
-    case FileKind::Capture:
-      reason =
-          "a capture keeps the bytes of a line with their times, which no other file holds; "
-          "'ovka capture' records one";
-      break;
     case FileKind::Backups:
       reason = "the backups belong to the running program; a document holds the same samples";
       break;
@@ -110,6 +108,12 @@ void load(FileEngine& files, DocumentHost& host, FileKind kind, const std::strin
 }
 
 void write(Engine& engine, DocumentHost& host, FileKind kind, const std::string& path) {
+  if (kind == FileKind::Capture) {
+    const std::int64_t now = LinuxClock().wallNanoseconds();
+    for (const std::string& line : writeCapture(engine, host.files, path, now))
+      std::fprintf(stderr, "ovka: %s: %s\n", path.c_str(), line.c_str());
+    return;
+  }
   if (kind == FileKind::Csv) return writeCsv(engine, host.files, path);
   DocumentError error;
   DocumentDesk& desk = *engine.documents();
@@ -153,6 +157,15 @@ void runConvert(const Arguments& arguments) {
   const FileKind from = kindOfFile(host.files, in);
   const FileKind to = kindOfName(out);
   refuseOutput(to, out);
+  if (from == FileKind::Capture && to == FileKind::Capture)
+    throw Failure(ExitCode::Usage,
+                  "cannot convert to " + out + ": " + in + " is a capture already");
+  if (arguments.given("salvage") && from != FileKind::Document) {
+    throw Failure(
+        ExitCode::Usage,
+        "--salvage is for damaged documents; of captures and journals everything before a "
+        "damage is used anyway");
+  }
   checkWritable(host.files, out, arguments.given("force"));
   const ScratchFolder scratch(out);
   ConvertFolders folders(host.folders);
@@ -160,12 +173,17 @@ void runConvert(const Arguments& arguments) {
   const DocumentMachine machine = host.filesOnly(folders);
   console.started();
   if (from == FileKind::Capture) return convertCapture(arguments, host, machine, to, stop);
-  const bool carriesSettings = from == FileKind::Document;
+  // The settings of a damaged document may be lost; then those of the line count while it is read.
+  const bool carriesSettings = from == FileKind::Document && !arguments.given("salvage");
   const std::vector<std::string> assignments = assignmentsOf(arguments);
   FileEngine files(machine, carriesSettings ? std::vector<std::string>{} : assignments);
+  document::salvageX = arguments.given("salvage") ? 1 : 0;
+  host.progress.begin("reading " + in);
   load(files, host, from, in, assignments);
   folders.setBackups(scratch.path());
+  host.progress.begin("writing " + out);
   write(files.engine(), host, to, out);
+  host.progress.end();
   sayDone(out);
 }
 

@@ -25,33 +25,30 @@ constexpr std::size_t kColumns = 1 + buffer::kChannels;
                 "cannot write " + path + ": " + std::generic_category().message(error));
 }
 
-/// Takes the rows of a file apart and stores them.
-class CsvLoader {
+using CsvValues = std::array<std::int64_t, kColumns>;
+using TakeRow = std::function<void(const CsvValues& values, std::size_t columns)>;
+
+/// Takes the rows of a file apart: a point, then values by channel.
+class CsvRows {
  public:
-  CsvLoader(Engine& engine, std::string path) : engine_(engine), path_(std::move(path)) {}
+  CsvRows(std::string path, TakeRow row) : path_(std::move(path)), row_(std::move(row)) {}
 
   void take(std::string_view line) {
     ++line_;
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
     if (line_ == 1 && line.starts_with("point")) return;
     if (line.empty()) return;
-    std::array<std::int64_t, kColumns> values{};
+    CsvValues values{};
     const std::size_t columns = split(line, values);
     if (columns < 2) wrong("a row has a point and at least one channel");
-    const std::int64_t point = values[0];
-    if (point < next_) wrong("the points must rise; this one does not");
-    if (point >= static_cast<std::int64_t>(buffer::MAXbuffer))
+    if (values[0] < next_) wrong("the points must rise; this one does not");
+    if (values[0] >= static_cast<std::int64_t>(buffer::MAXbuffer))
       wrong("a recording ends at point " + std::to_string(buffer::MAXbuffer - 1));
-    makeRoomFor(point);
-    for (std::size_t i = 1; i < columns; ++i)
-      engine_.store().putIntToBuffer(static_cast<std::int32_t>(i) - 1, point, values[i]);
-    next_ = point + 1;
+    row_(values, columns);
+    next_ = values[0] + 1;
   }
-
-  void finish() {
+  void finish() const {
     if (next_ == 0) wrong("there is no row of samples in it");
-    static_cast<void>(engine_.assign("maxploop=" + std::to_string(next_)));
-    buffer::ploop = next_;
   }
 
  private:
@@ -59,7 +56,7 @@ class CsvLoader {
     throw Failure(ExitCode::BadInput, path_ + ", line " + std::to_string(line_) + ": " + what);
   }
 
-  std::size_t split(std::string_view line, std::array<std::int64_t, kColumns>& values) const {
+  std::size_t split(std::string_view line, CsvValues& values) const {
     std::size_t columns = 0;
     while (true) {
       if (columns == kColumns)
@@ -79,24 +76,54 @@ class CsvLoader {
     }
   }
 
-  void makeRoomFor(std::int64_t point) {
-    const std::uint64_t capacity = buffer::maxploop;
-    if (static_cast<std::uint64_t>(point) < capacity) return;
-    const std::uint64_t wanted =
-        std::min(std::max<std::uint64_t>(2 * capacity, static_cast<std::uint64_t>(point) + 1),
-                 buffer::MAXbuffer);
-    static_cast<void>(engine_.assign("maxploop=" + std::to_string(wanted)));
-    if (buffer::maxploop < wanted) {
-      throw Failure(ExitCode::Failed,
-                    "there is not enough memory for " + std::to_string(wanted) + " points");
-    }
-  }
-
-  Engine& engine_;
   std::string path_;
+  TakeRow row_;
   std::int64_t next_ = 0;
   std::uint64_t line_ = 0;
 };
+
+void forEachRow(Files& files, const std::string& path, TakeRow row) {
+  int error = 0;
+  const auto file = files.read(path, &error);
+  const auto check = [&] {
+    if (error != 0)
+      throw Failure(ExitCode::BadInput,
+                    "cannot read " + path + ": " + std::generic_category().message(error));
+  };
+  check();
+  CsvRows rows(path, std::move(row));
+  std::vector<char> piece(kPieceBytes);
+  std::string line;
+  std::size_t got = 0;
+  for (std::uint64_t offset = 0;; offset += got) {
+    error = file->readAt(offset, std::as_writable_bytes(std::span(piece)), &got);
+    check();
+    if (got == 0) break;
+    for (const char letter : std::span(piece).first(got)) {
+      if (letter == '\n') {
+        rows.take(line);
+        line.clear();
+      } else if (line.size() <= kLongestLine) {
+        line += letter;  // a longer line is no row and is refused as it is
+      }
+    }
+  }
+  if (!line.empty()) rows.take(line);
+  rows.finish();
+}
+
+void makeRoomFor(Engine& engine, std::int64_t point) {
+  const std::uint64_t capacity = buffer::maxploop;
+  if (static_cast<std::uint64_t>(point) < capacity) return;
+  const std::uint64_t wanted =
+      std::min(std::max<std::uint64_t>(2 * capacity, static_cast<std::uint64_t>(point) + 1),
+               buffer::MAXbuffer);
+  static_cast<void>(engine.assign("maxploop=" + std::to_string(wanted)));
+  if (buffer::maxploop < wanted) {
+    throw Failure(ExitCode::Failed,
+                  "there is not enough memory for " + std::to_string(wanted) + " points");
+  }
+}
 
 }  // namespace
 
@@ -124,33 +151,31 @@ void writeCsv(Engine& engine, Files& files, const std::string& path) {
 }
 
 void readCsv(Engine& engine, Files& files, const std::string& path) {
-  int error = 0;
-  const auto file = files.read(path, &error);
-  const auto check = [&] {
-    if (error != 0)
-      throw Failure(ExitCode::BadInput,
-                    "cannot read " + path + ": " + std::generic_category().message(error));
-  };
-  check();
-  CsvLoader loader(engine, path);
-  std::vector<char> piece(kPieceBytes);
-  std::string line;
-  std::size_t got = 0;
-  for (std::uint64_t offset = 0;; offset += got) {
-    error = file->readAt(offset, std::as_writable_bytes(std::span(piece)), &got);
-    check();
-    if (got == 0) break;
-    for (const char letter : std::span(piece).first(got)) {
-      if (letter == '\n') {
-        loader.take(line);
-        line.clear();
-      } else if (line.size() <= kLongestLine) {
-        line += letter;  // a longer line is no row and is refused as it is
-      }
+  std::int64_t next = 0;
+  forEachRow(files, path, [&](const CsvValues& values, std::size_t columns) {
+    makeRoomFor(engine, values[0]);
+    for (std::size_t i = 1; i < columns; ++i)
+      engine.store().putIntToBuffer(static_cast<std::int32_t>(i) - 1, values[0], values[i]);
+    next = values[0] + 1;
+  });
+  static_cast<void>(engine.assign("maxploop=" + std::to_string(next)));
+  buffer::ploop = next;
+}
+
+CsvFacts factsOfCsv(Files& files, const std::string& path) {
+  CsvFacts facts;
+  facts.lowest.fill(INT32_MAX);
+  facts.highest.fill(INT32_MIN);
+  forEachRow(files, path, [&](const CsvValues& values, std::size_t columns) {
+    if (facts.rows++ == 0) facts.first = values[0];
+    facts.last = values[0];
+    facts.channels = std::max(facts.channels, columns - 1);
+    for (std::size_t i = 1; i < columns; ++i) {
+      facts.lowest[i - 1] = std::min(facts.lowest[i - 1], values[i]);
+      facts.highest[i - 1] = std::max(facts.highest[i - 1], values[i]);
     }
-  }
-  if (!line.empty()) loader.take(line);
-  loader.finish();
+  });
+  return facts;
 }
 
 }  // namespace ovka::terminal

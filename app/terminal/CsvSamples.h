@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 
+#include "BufferVariables.h"
 #include "Engine.h"
 #include "Files.h"
 
@@ -16,5 +18,17 @@ void writeCsv(Engine& engine, Files& files, const std::string& path);
 /// when it is empty; columns may be missing from the right. The current point ends behind the last.
 /// Throws Failure (ExitCode::BadInput) with file, line and what is wrong.
 void readCsv(Engine& engine, Files& files, const std::string& path);
+
+/// What such a file holds.
+struct CsvFacts {
+  std::uint64_t rows = 0;
+  std::int64_t first = 0;  ///< point
+  std::int64_t last = 0;
+  std::size_t channels = 0;  ///< columns behind the point
+  std::array<std::int64_t, buffer::kChannels> lowest{};
+  std::array<std::int64_t, buffer::kChannels> highest{};
+};
+/// Reads the file through. Throws Failure as readCsv does.
+[[nodiscard]] CsvFacts factsOfCsv(Files& files, const std::string& path);
 
 }  // namespace ovka::terminal

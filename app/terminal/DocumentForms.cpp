@@ -14,18 +14,20 @@ CommandForm recordForm() {
       "Records until the time is over or it is interrupted, then saves the document. Everything "
       "that arrives is also written to a journal within a second, so that a crash, a power cut or "
       "a full disk costs a second at most: 'ovka recover' brings such a recording back. The "
-      "recording grows as long as there is memory.";
+      "recording grows as long as there is memory. Where the document cannot be written, it is "
+      "written elsewhere, and that is said.";
   form.positionals = {{"FILE", "The document to write."}};
   form.groups = withDemoGroups(
       {sourceGroup(),
        amplifierGroup(),
+       {"The start", startOptions()},
        {"The recording",
         {Option::number("seconds", "S", 0.01, 1e8, "End after so many seconds."), kForce,
          Option::number("interval", "S", 0.2, 3600,
                         "Seconds between two lines of progress when standard error is no terminal.")
              .orElse("10")}},
        chainGroup()});
-  form.exclusives = {{{"port", "demo"}, true}};
+  form.exclusives = {{{"port", "demo"}, false}, {{"remember", "demo"}, false}};
   form.examples = {"ovka record night.ovkanote --port /dev/ttyUSB0 --model 6 --config 3",
                    "ovka record demo.ovkanote --demo --seconds 60"};
   return form;
@@ -34,9 +36,10 @@ CommandForm recordForm() {
 CommandForm infoForm() {
   CommandForm form;
   form.name = "info";
-  form.summary = "Tell what a document, capture, journal or backup holds.";
+  form.summary = "Tell what a file of the system holds.";
   form.description =
-      "Prints length and channels of the recording, its information list and its settings.";
+      "Prints length and channels of a document, capture, journal, backup, CSV file or file of an "
+      "older program, and the information list and settings of those that have them.";
   form.positionals = {{"FILE", "The file to look at."}};
   form.groups = {{"What is shown", {kJson, Option::flag("all", "Also entries that are 0.")}}};
   form.examples = {"ovka info night.ovkanote"};
@@ -50,14 +53,21 @@ CommandForm convertForm() {
   form.description =
       "Reads a document, a capture (by replaying it), CSV columns as 'ovka decode' prints them, a "
       "journal, a folder of backups (or one of CH0DATA.ovka to CH4DATA.ovka) or a file of an older "
-      "program (.dat, .data, .txt). Writes by the ending of OUT: .csv columns, .pdf or .tiff the "
-      "drawing, anything else a document. Captures, journals, backups and files of older programs "
-      "are never written. CSV, backups and old files do not say their sample speed, model and "
+      "program (.dat, .data, .txt). Writes by the ending of OUT: .csv columns, .cap or .ovcap a "
+      "capture whose replay gives the same samples (what the lines of the model cannot carry is "
+      "said), .pdf or .tiff the drawing, anything else a document. Journals, backups and files of "
+      "older programs are never written. CSV, backups and old files do not say their sample speed, "
+      "model and "
       "configuration: give them.";
   form.positionals = {{"IN", "The file to read."}, {"OUT", "The file to write."}};
-  form.groups = {amplifierGroup(), {"The file", {kForce}}, chainGroup()};
+  form.groups = {
+      amplifierGroup(),
+      {"The file",
+       {kForce, Option::flag("salvage", "Take what stands before the damage of a document.")}},
+      chainGroup()};
   form.examples = {"ovka convert night.cap night.ovkanote", "ovka convert night.ovkanote night.csv",
-                   "ovka convert samples.csv samples.ovkanote --speed 256 --model 6"};
+                   "ovka convert samples.csv samples.ovkanote --speed 256 --model 6",
+                   "ovka convert --salvage broken.ovkanote rest.ovkanote"};
   return form;
 }
 
@@ -74,11 +84,15 @@ CommandForm playForm() {
         Option::number("interval", "S", 0.01, 3600, "Seconds between two lines of output.")
             .orElse("1"),
         Option::number("from", "S", 0, 1e8, "Begin so many seconds behind the start."),
-        Option::number("seconds", "S", 0.01, 1e8, "End after so many seconds of the recording."),
+        Option::number("seconds", "S", 0.01, 1e8, "End after so many seconds of playing."),
+        Option::number("loop-from", "S", 0, 1e8,
+                       "Repeat what lies between here and --loop-to (or the end), for ever."),
+        Option::number("loop-to", "S", 0, 1e8, "Go back to --loop-from (or the start) here."),
         Option::flag("fast", "As fast as it goes.")}},
       chainGroup()};
   form.exclusives = {{{"json", "plain"}, false}};
-  form.examples = {"ovka play night.ovkanote --fast --json --interval 60"};
+  form.examples = {"ovka play night.ovkanote --fast --json --interval 60",
+                   "ovka play night.ovkanote --loop-from 60 --loop-to 75"};
   return form;
 }
 

@@ -12,7 +12,8 @@ namespace ovka::terminal {
 // Groups and options that several commands have.
 [[nodiscard]] OptionGroup chainGroup();
 [[nodiscard]] OptionGroup amplifierGroup();
-[[nodiscard]] OptionGroup sourceGroup();  ///< --port, --demo
+[[nodiscard]] OptionGroup sourceGroup();           ///< --port, --demo
+[[nodiscard]] std::vector<Option> startOptions();  ///< --preset, --remember
 [[nodiscard]] std::vector<OptionGroup> withDemoGroups(std::vector<OptionGroup> groups);
 
 }  // namespace ovka::terminal

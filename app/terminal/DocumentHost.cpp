@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "Failure.h"
+#include "PresetFile.h"
+
 namespace ovka::terminal {
 namespace {
 
@@ -33,6 +36,12 @@ bool TerminalDialogs::confirm(std::string_view message, std::string_view detail)
 std::string OtherBackupFolder::resolve(std::string_view path) const {
   if (path.starts_with(kBackups)) return backups_ + std::string(path.substr(kBackups.size()));
   return folders_.resolve(path);
+}
+
+void rememberPort(DocumentDesk& desk) {
+  if (!desk.rememberPort())
+    throw Failure(ExitCode::Output,
+                  "the port preset " + std::string(kDefaultPresetName) + " could not be written");
 }
 
 std::string lineOf(const DocumentError& error) {

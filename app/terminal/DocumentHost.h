@@ -6,6 +6,7 @@
 #include "Dialogs.h"
 #include "DocumentDesk.h"
 #include "DocumentTypes.h"
+#include "FileProgress.h"
 #include "LinuxFileLocks.h"
 #include "LinuxFiles.h"
 
@@ -44,6 +45,7 @@ class DocumentHost {
   LinuxFolders folders;
   LinuxHostFacts facts;
   TerminalDialogs dialogs;
+  FileProgress progress;
 
   /// A viewer that acquires: backups, no journal.
   [[nodiscard]] DocumentMachine viewer() { return machine(folders, false, true); }
@@ -56,9 +58,20 @@ class DocumentHost {
 
  private:
   [[nodiscard]] DocumentMachine machine(const Folders& where, bool journal, bool backups) {
-    return {files, locks, where, facts, dialogs, journal, backups, {}};
+    return {files,
+            locks,
+            where,
+            facts,
+            dialogs,
+            journal,
+            backups,
+            [this](std::uint64_t done, std::uint64_t total) {
+              progress.advance(done, total); }};
   }
 };
+
+/// Makes the chosen port the one that is switched on without '--port'. Throws Failure.
+void rememberPort(DocumentDesk& desk);
 
 /// One line about why a document could not be read or written.
 [[nodiscard]] std::string lineOf(const DocumentError& error);

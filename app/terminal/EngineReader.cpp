@@ -63,6 +63,29 @@ std::string modelText() {
          " channels";
 }
 
+namespace {
+
+MusicReading musicOf(MidiDesk& desk) {
+  MusicReading music;
+  music.on = desk.on();
+  if (!music.on) return music;
+  constexpr double kMilliseconds = 1e-6;
+  MidiEngine& notes = desk.notes();
+  music.messages = notes.sendTimes().count();
+  music.refused = static_cast<std::uint64_t>(notes.refused().get());
+  const LatencyMeter& ages = notes.sampleAges();
+  music.median = static_cast<double>(ages.median()) * kMilliseconds;
+  music.percent95 = static_cast<double>(ages.percentile(0.95)) * kMilliseconds;
+  music.percent99 = static_cast<double>(ages.percentile(0.99)) * kMilliseconds;
+  const auto names = notes.portNames();
+  for (std::int32_t i = 0; i < notes.portCount(); ++i)
+    music.to += (music.to.empty() ? "" : ", ") + names[static_cast<std::size_t>(i)];
+  if (music.to.empty()) music.to = "no destination";
+  return music;
+}
+
+}  // namespace
+
 EngineReader::EngineReader(Engine& engine, std::string source)
     : engine_(engine), source_(std::move(source)), lastPoint_(buffer::ploop) {}
 
@@ -106,6 +129,7 @@ LiveSnapshot EngineReader::snapshot(std::int64_t nanoseconds) {
   }
   for (const LossCause& cause : kLossCauses)
     snapshot.losses.push_back({cause.name, cause.text, (engine_.losses().*cause.count).get()});
+  snapshot.music = musicOf(engine_.midi());
   snapshot.connected = engine_.ports().lineState(1) != AmplifierPorts::LineState::Lost;
   snapshot.recording = buffer::setRecModeX == kRecording;
   snapshot.paused = buffer::setPauseX == 1;

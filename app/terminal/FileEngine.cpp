@@ -16,6 +16,17 @@ FileEngine::FileEngine(const DocumentMachine& documents,
     : time_(LinuxClock().wallNanoseconds()),
       engine_({time_, time_, time_, space_, serial_, nullptr, &documents}) {
   assignAll(engine_, assignments);
+  start();
+}
+
+FileEngine::FileEngine(const DocumentMachine& documents, std::int64_t wallNanoseconds,
+                       const std::function<const MidiMachine*(const Clock&)>& midi)
+    : time_(wallNanoseconds),
+      engine_({time_, time_, time_, space_, serial_, nullptr, &documents, midi(time_)}) {
+  start();
+}
+
+void FileEngine::start() {
   if (const std::string problem = engine_.start(); !problem.empty())
     throw Failure(ExitCode::Failed, problem);
   desk().panel().SevDevConfig4();

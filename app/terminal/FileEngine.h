@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,12 +19,18 @@ class FileEngine {
  public:
   /// `documents` outlives it. Throws Failure.
   FileEngine(const DocumentMachine& documents, const std::vector<std::string>& assignments);
+  /// One that plays, with a clock that begins at a wall time (ns since 1970) of its own: the same
+  /// on every run. `midi` gives what plays in step with it, which outlives this.
+  FileEngine(const DocumentMachine& documents, std::int64_t wallNanoseconds,
+             const std::function<const MidiMachine*(const Clock&)>& midi);
 
   Engine& engine() { return engine_; }
   DocumentDesk& desk() { return *engine_.documents(); }
   ManualTime& time() { return time_; }
 
  private:
+  void start();
+
   ManualTime time_;
   LinuxAddressSpace space_;
   LinuxSerialPorts serial_;

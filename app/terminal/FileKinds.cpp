@@ -79,7 +79,7 @@ FileKind kindOfName(const std::string& path) {
   const std::string ending = endingOf(path);
   if (isBackupName(path)) return FileKind::Backups;
   if (ending == "csv") return FileKind::Csv;
-  if (ending == "cap") return FileKind::Capture;
+  if (ending == "cap" || ending == "ovcap") return FileKind::Capture;
   if (ending == "pdf") return FileKind::Pdf;
   if (ending == "tif" || ending == "tiff") return FileKind::Tiff;
   if (ending == "dat" || ending == "data") return FileKind::OldRaw;

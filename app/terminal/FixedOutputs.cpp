@@ -43,6 +43,19 @@ void appendChannelText(std::string& out, const char* name, const ChannelReading&
 
 }  // namespace
 
+namespace {
+
+void writeMusic(JsonWriter& json, const MusicReading& music) {
+  json.key("midi").beginObject();
+  json.key("messages").integer(static_cast<std::int64_t>(music.messages));
+  json.key("refused").integer(static_cast<std::int64_t>(music.refused));
+  json.key("latency_ms").beginObject();
+  json.key("median").number(music.median).key("p95").number(music.percent95);
+  json.key("p99").number(music.percent99).endObject().endObject();
+}
+
+}  // namespace
+
 void appendLiveJson(std::string& out, const LiveSnapshot& snapshot) {
   JsonWriter json(out);
   json.beginObject();
@@ -56,7 +69,9 @@ void appendLiveJson(std::string& out, const LiveSnapshot& snapshot) {
   }
   json.endObject().key("lost").beginObject();
   for (const LossCount& loss : snapshot.losses) json.key(loss.name).integer(loss.count);
-  json.endObject().endObject();
+  json.endObject();
+  if (snapshot.music.on) writeMusic(json, snapshot.music);
+  json.endObject();
   out += '\n';
 }
 
@@ -74,6 +89,10 @@ void appendLiveLine(std::string& out, const LiveSnapshot& snapshot) {
     out += lost ? ", " : "  lost: ";
     out += std::to_string(loss.count) + ' ' + loss.text;
     lost = true;
+  }
+  if (snapshot.music.on) {
+    out += "  midi " + std::to_string(snapshot.music.messages) + ", " +
+           readableNumber(snapshot.music.median, 4) + " ms";
   }
   if (!snapshot.connected) out += "  (line is down)";
   if (snapshot.paused) out += "  (paused)";

@@ -6,6 +6,7 @@
 #include "CaptureReader.h"
 #include "Commands.h"
 #include "Console.h"
+#include "CsvSamples.h"
 #include "DocumentHost.h"
 #include "DocumentIndex.h"
 #include "Failure.h"
@@ -13,6 +14,7 @@
 #include "InformationRows.h"
 #include "Json.h"
 #include "Numbers.h"
+#include "OldFiles.h"
 #include "Output.h"
 #include "PresetFile.h"
 #include "srtToLong.h"
@@ -118,6 +120,29 @@ Facts factsOfBackups(DocumentHost& host, const std::string& path) {
   return facts;
 }
 
+Facts factsOfCsvFile(DocumentHost& host, const std::string& path) {
+  const CsvFacts csv = factsOfCsv(host.files, path);
+  Facts facts{{"", "kind", "csv"},
+              {"", "rows", number(csv.rows)},
+              {"", "first point", std::to_string(csv.first)},
+              {"", "last point", std::to_string(csv.last)}};
+  for (std::size_t i = 0; i < csv.channels; ++i) {
+    facts.push_back({"values", "channel " + number(i),
+                     std::to_string(csv.lowest[i]) + " to " + std::to_string(csv.highest[i])});
+  }
+  return facts;
+}
+
+Facts factsOfOld(DocumentHost& host, const std::string& path, bool raw) {
+  const std::int64_t samples =
+      raw ? OldFiles::countRaw(host.files, path) : OldFiles::countText(host.files, path);
+  if (samples < 0) throw Failure(ExitCode::BadInput, path + " is no recording of an older program");
+  const std::string count = std::to_string(samples);
+  return {{"", "kind", raw ? "old raw recording" : "old text recording"},
+          {"samples", "channel 1", count},
+          {"samples", "channel 2", count}};
+}
+
 void writeJson(std::string& out, const Facts& facts) {
   JsonWriter json(out);
   json.beginObject();
@@ -173,7 +198,8 @@ void runInfo(const Arguments& arguments) {
   const std::string& path = arguments.positional(0);
   std::string damage;
   Facts facts;
-  switch (kindOfFile(host.files, path)) {
+  const FileKind kind = kindOfFile(host.files, path);
+  switch (kind) {
     case FileKind::Document:
       facts = factsOfDocument(host, path);
       break;
@@ -186,11 +212,18 @@ void runInfo(const Arguments& arguments) {
     case FileKind::Backups:
       facts = factsOfBackups(host, path);
       break;
+    case FileKind::Csv:
+      facts = factsOfCsvFile(host, path);
+      break;
+    case FileKind::OldRaw:
+    case FileKind::OldText:
+      facts = factsOfOld(host, path, kind == FileKind::OldRaw);
+      break;
     default:
       throw Failure(ExitCode::BadInput,
                     path +
-                        " tells nothing of itself: it is no document, capture, journal or "
-                        "backup");
+                        " tells nothing of itself: it is no document, capture, journal, backup, "
+                        "CSV or file of an older program");
   }
   Output output;
   if (arguments.given("json")) {

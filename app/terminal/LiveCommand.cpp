@@ -11,6 +11,7 @@
 #include "Console.h"
 #include "DocumentHost.h"
 #include "Failure.h"
+#include "MusicOptions.h"
 #include "Numbers.h"
 #include "Presenter.h"
 #include "SimulatorArguments.h"
@@ -38,7 +39,8 @@ Console::Show showOf(const Arguments& arguments, bool screen) {
   return arguments.given("verbose") ? Console::Show::All : Console::Show::Important;
 }
 
-std::unique_ptr<Chain> chainOf(const Arguments& arguments, const DocumentMachine& documents) {
+std::unique_ptr<Chain> chainOf(const Arguments& arguments, const DocumentMachine& documents,
+                               Music& music) {
   if (const auto capture = arguments.text("capture")) {
     refuseSignalWithoutDemo(arguments);
     return std::make_unique<ReplayChain>(*capture, assignmentsOf(arguments),
@@ -46,6 +48,7 @@ std::unique_ptr<Chain> chainOf(const Arguments& arguments, const DocumentMachine
   }
   LiveChoice choice = liveChoiceOf(arguments);
   choice.documents = &documents;
+  music.prepare(choice);
   return std::make_unique<LiveChain>(choice);
 }
 
@@ -80,18 +83,22 @@ void sayGoodbye(Chain& chain) {
 }  // namespace
 
 void runLive(const Arguments& arguments) {
+  Music music(arguments);  // before the first thread
   StopSignals stop;
   const bool screen =
       !arguments.given("json") && !arguments.given("plain") && TerminalScreen::usable();
   Console console(showOf(arguments, screen));
   DocumentHost host;
   const DocumentMachine documents = host.viewer();
-  const std::unique_ptr<Chain> chain = chainOf(arguments, documents);
+  const std::unique_ptr<Chain> chain = chainOf(arguments, documents, music);
   console.started();
+  music.started(chain->engine());
+  if (arguments.given("remember")) rememberPort(*chain->engine().documents());
   for (const std::string& action : arguments.all("do")) perform(chain->engine(), action);
   present(*chain, presentationOf(arguments, screen), stop, console);
   if (screen) sayGoodbye(*chain);
   chain->finish();
+  music.finish();
 }
 
 void runReplay(const Arguments& arguments) {

@@ -24,17 +24,19 @@ struct HelpLine {
   const char* key;
   const char* text;
 };
-constexpr std::array<HelpLine, 11> kHelp{{
+constexpr std::array<HelpLine, 13> kHelp{{
     {"q", "quit"},
     {"p", "pause: the newest point is overwritten, nothing advances"},
     {"l", "loop: at the end of the buffer start again instead of stopping"},
     {"r", "reset the counters of what was lost"},
     {"m", "bars show values or shares of the total"},
+    {"x", "panic: end every note at every MIDI destination, now"},
     {"?", "this page"},
     {"", ""},
     {"bars", "sum of the bins of each band; all bars share one scale, shown below"},
     {"peak", "the three slots of the peak search, in the order it found them"},
     {"lost", "everything received that did not become a sample, by cause"},
+    {"midi", "messages sent, and how old the newest sample was when they were sent"},
     {"rate", "samples per second asked for and measured on arrival"},
 }};
 
@@ -93,6 +95,7 @@ void LivePicture::collectLines() {
   add(8, blank);
   for (std::size_t i = 0; i < 3; ++i) add(i == 0 ? 3 : 6, [this, i](int row) { peak(i, row); });
   add(8, blank);
+  if (snapshot_.music.on) add(2, [this](int row) { music(row); });
   add(2, [this](int row) { losses(row); });
   if (!snapshot_.hint.empty())
     add(5, [this](int row) { canvas_.put(labelWidth_, row, snapshot_.hint, Style::Warn); });
@@ -221,6 +224,19 @@ void LivePicture::peak(std::size_t index, int row) {
   }
 }
 
+void LivePicture::music(int row) {
+  const MusicReading& music = snapshot_.music;
+  std::string text = std::to_string(music.messages) + " to " + music.to;
+  if (music.messages > 0) {
+    text += " · " + readableNumber(music.median, 4) +
+            " ms, 95 %: " + readableNumber(music.percent95, 4) +
+            ", 99 %: " + readableNumber(music.percent99, 4);
+  }
+  if (music.refused > 0) text += " · " + std::to_string(music.refused) + " refused";
+  canvas_.put(1, row, "midi", music.refused > 0 ? Style::Warn : Style::Plain);
+  canvas_.put(labelWidth_, row, text);
+}
+
 void LivePicture::losses(int row) {
   std::string text;
   for (const LossCount& loss : snapshot_.losses) {
@@ -236,7 +252,8 @@ void LivePicture::keys(int row) {
   canvas_.put(1, row,
               help ? "? back  q quit"
                    : std::string("q quit  p pause  l loop  r reset counters  m ") +
-                         (shares ? "values" : "shares") + "  ? help",
+                         (shares ? "values" : "shares") + (snapshot_.music.on ? "  x panic" : "") +
+                         "  ? help",
               Style::Faint);
 }
 

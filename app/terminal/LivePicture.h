@@ -40,6 +40,7 @@ class LivePicture {
   void total(int row);
   void scaleLine(int row);
   void peak(std::size_t index, int row);
+  void music(int row);
   void losses(int row);
   void keys(int row);
   void fitLines(std::size_t room);

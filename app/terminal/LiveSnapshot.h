@@ -42,6 +42,16 @@ struct LossCount {
   std::int64_t count = 0;
 };
 
+/// What is played.
+struct MusicReading {
+  bool on = false;             ///< MIDI is open at all
+  std::uint64_t messages = 0;  ///< requests that sent something since the start
+  std::string to;              ///< names of the destinations, "no destination"
+  std::uint64_t refused = 0;   ///< messages that their receiver did not take
+  /// From the arrival of the newest sample to the message (ms); 0 before the first.
+  double median = 0, percent95 = 0, percent99 = 0;
+};
+
 /// Everything that the live outputs show of one moment, taken by the session that runs the chain.
 struct LiveSnapshot {
   std::int64_t point = 0;         ///< the newest sample point (`ploop`)
@@ -53,6 +63,7 @@ struct LiveSnapshot {
   std::string source;  ///< "/dev/ttyUSB0", "night.cap", "virtual amplifier"
   std::string model;   ///< "model 6: 24-bit, 2 channels"
   std::array<ChannelReading, kAnalysisChannels> channels;
+  MusicReading music;
   std::vector<LossCount> losses;  ///< all causes, also those with nothing lost
 
   bool connected = true;   ///< false: the line hung up and is waited for

@@ -45,6 +45,9 @@ LiveKey liveKeyOf(char character) {
     case 'm':
     case 'M':
       return LiveKey::Shares;
+    case 'x':
+    case 'X':
+      return LiveKey::Panic;
     case '?':
     case 'h':
     case 'H':

@@ -9,7 +9,7 @@
 namespace ovka::terminal {
 
 /// What a key asks for.
-enum class LiveKey : std::uint8_t { None, Quit, Pause, Loop, ResetCounters, Shares, Help };
+enum class LiveKey : std::uint8_t { None, Quit, Pause, Loop, ResetCounters, Shares, Panic, Help };
 
 /// The meaning of a character read from the keyboard; letters in either case.
 [[nodiscard]] LiveKey liveKeyOf(char character);

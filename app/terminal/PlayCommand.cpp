@@ -24,8 +24,8 @@ constexpr nanoseconds kStep = std::chrono::milliseconds(10);
 /// A document played from a point on.
 class PlayChain final : public Chain {
  public:
-  PlayChain(FileEngine& files, std::string path, std::int64_t from, bool fast)
-      : files_(files), path_(std::move(path)), fast_(fast), end_(buffer::ploop) {
+  PlayChain(FileEngine& files, std::string path, std::int64_t from, bool fast, bool loops)
+      : files_(files), path_(std::move(path)), fast_(fast), loops_(loops), end_(buffer::ploop) {
     buffer::ploop = from;
     files_.desk().playFrom(from);
     start_ = files_.time().nanoseconds();
@@ -51,25 +51,50 @@ class PlayChain final : public Chain {
 
  private:
   /// The buffer ends with the recording, where playing stands still.
-  [[nodiscard]] bool atEnd() const { return buffer::ploop >= end_ && buffer::setLoopModeX == 0; }
+  [[nodiscard]] bool atEnd() const {
+    return !loops_ && buffer::ploop >= end_ && buffer::setLoopModeX == 0;
+  }
 
   FileEngine& files_;
   std::string path_;
   bool fast_;
+  bool loops_;
   std::int64_t end_;
   std::int64_t start_ = 0;
   std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
 };
 
-std::int64_t startOf(const Arguments& arguments, const std::string& path) {
-  const double seconds = arguments.number("from").value_or(0);
+/// The point so many seconds behind the start.
+std::int64_t pointAt(double seconds) {
   const auto speed = static_cast<double>(buffer::SampleSpeed.get());
-  const auto point = buffer::ploopStart + static_cast<std::int64_t>(std::llround(seconds * speed));
+  return buffer::ploopStart + static_cast<std::int64_t>(std::llround(seconds * speed));
+}
+
+std::int64_t startOf(const Arguments& arguments, const std::string& path) {
+  const double from = arguments.number("from").value_or(arguments.number("loop-from").value_or(0));
+  const std::int64_t point = pointAt(from);
   if (buffer::ploop <= buffer::ploopStart)
     throw Failure(ExitCode::BadInput, path + " holds no samples");
   if (point >= buffer::ploop)
-    throw Failure(ExitCode::Usage, "'--from' lies behind the end of " + path);
+    throw Failure(ExitCode::Usage, "the start lies behind the end of " + path);
   return point;
+}
+
+/// Whether the line asks for a range that is played over and over; it is set then.
+bool setLoop(const Arguments& arguments, DocumentDesk& desk, std::int64_t start) {
+  if (!arguments.given("loop-from") && !arguments.given("loop-to")) return false;
+  const std::int64_t first = pointAt(arguments.number("loop-from").value_or(0));
+  const std::int64_t end =
+      arguments.given("loop-to")
+          ? std::min(pointAt(*arguments.number("loop-to")), buffer::ploop.get())
+          : buffer::ploop.get();
+  if (end <= first || start >= end) {
+    throw Failure(ExitCode::Usage,
+                  "'--loop-to' must lie behind '--loop-from' and behind the start of playing");
+  }
+  if (arguments.given("fast") && !arguments.given("seconds"))
+    throw Failure(ExitCode::Usage, "a loop as fast as it goes needs an end: '--seconds'");
+  return desk.playLoop(first, end);
 }
 
 Presentation::Form formOf(const Arguments& arguments) {
@@ -95,10 +120,14 @@ void runPlay(const Arguments& arguments) {
   }
   const DocumentMachine machine = host.filesOnly(host.folders);
   FileEngine files(machine, {});
+  host.progress.begin("opening " + path);
   openDocument(files.desk(), path);
+  host.progress.end();
   buffer::setLoopModeX = 0;  // a document recorded as a loop still has an end
   assignAll(files.engine(), assignmentsOf(arguments));
-  PlayChain chain(files, path, startOf(arguments, path), arguments.given("fast"));
+  const std::int64_t start = startOf(arguments, path);
+  const bool loops = setLoop(arguments, files.desk(), start);
+  PlayChain chain(files, path, start, arguments.given("fast"), loops);
   console.started();
   Presentation how;
   how.form = form;

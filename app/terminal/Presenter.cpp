@@ -59,6 +59,7 @@ bool obey(LiveKey key, LiveView& view, Engine& engine) {
   if (key == LiveKey::Pause) buffer::setPauseX = buffer::setPauseX == 1 ? 0 : 1;
   if (key == LiveKey::Loop) buffer::setLoopModeX = buffer::setLoopModeX == 1 ? 0 : 1;
   if (key == LiveKey::ResetCounters) engine.losses().reset();
+  if (key == LiveKey::Panic) engine.midi().panic();
   return key != LiveKey::Quit;
 }
 

@@ -18,7 +18,7 @@ struct Command {
   void (*run)(const Arguments&);
 };
 
-constexpr std::array<Command, 16> kCommands{{{"live", runLive},
+constexpr std::array<Command, 19> kCommands{{{"live", runLive},
                                              {"simulate", runSimulate},
                                              {"ports", runPorts},
                                              {"capture", runCapture},
@@ -31,6 +31,9 @@ constexpr std::array<Command, 16> kCommands{{{"live", runLive},
                                              {"play", runPlay},
                                              {"preset", runPreset},
                                              {"recover", runRecover},
+                                             {"midi", runMidi},
+                                             {"render", runRender},
+                                             {"doctor", runDoctor},
                                              {"settings", runSettings},
                                              {"actions", runActions},
                                              {"bench", runBench}}};

@@ -15,6 +15,7 @@
 #include "Failure.h"
 #include "FileKinds.h"
 #include "Numbers.h"
+#include "RecordingRescue.h"
 #include "RecordingRoom.h"
 
 namespace ovka::terminal {
@@ -70,15 +71,6 @@ class Progress {
   bool shown_ = false;
 };
 
-/// What is to be said when the document could not be written; the samples are never dropped.
-std::string unsaved(const std::string& file, const std::string& reason, const JournalStatus& last) {
-  std::string text = "cannot write " + file + ": " + reason + "; ";
-  if (last.error == 0 && last.frames > 0) {
-    return text + "the recording is kept in its journal, 'ovka recover FILE' saves it";
-  }
-  return text + "the backups beside the journals hold what the disk took of the recording";
-}
-
 /// Runs until the time is over, the person asks for the end or there is no more room.
 void recordUntilEnd(LiveChain& chain, nanoseconds end, Progress& progress,
                     const StopSignals& stop) {
@@ -117,6 +109,7 @@ void runRecord(const Arguments& arguments) {
   LiveChain chain(choice);
   console.started();
   DocumentDesk& desk = *chain.engine().documents();
+  if (arguments.given("remember")) rememberPort(desk);
   desk.panel().SevDevConfig4();  // a recording keeps every channel, whatever the configuration
   Progress progress(
       desk,
@@ -124,12 +117,10 @@ void runRecord(const Arguments& arguments) {
   const nanoseconds end(static_cast<std::int64_t>(arguments.number("seconds").value_or(1e9) * 1e9));
   recordUntilEnd(chain, end, progress, stop);
   static_cast<void>(desk.journal().flush());
-  const JournalStatus last = desk.journal().status();
   chain.finish();
-  DocumentError error;
-  if (!desk.save(file, &error)) {
-    throw Failure(ExitCode::Output, unsaved(file, lineOf(error), last));
-  }
+  const JournalStatus last = desk.journal().status();
+  if (last.wrapped) desk.straightenRecording();
+  RecordingRescue(desk, host, stop).save(file, last.whole && buffer::ploop > 0);
   std::fprintf(stderr, "%s: %lld points, %s\n", file.c_str(),
                static_cast<long long>(buffer::ploop - buffer::ploopStart),
                clockText(static_cast<double>(buffer::ploop - buffer::ploopStart) /

@@ -56,14 +56,18 @@ void discard(DocumentDesk& desk, const JournalSession& session) {
   std::fprintf(stderr, "removed %s\n", describe(session).c_str());
 }
 
-void recoverInto(DocumentDesk& desk, const JournalSession& session, const std::string& file) {
+void recoverInto(DocumentHost& host, DocumentDesk& desk, const JournalSession& session,
+                 const std::string& file) {
+  host.progress.begin("reading " + session.parts.front());
   if (const std::string problem = desk.recover(session); !problem.empty())
     throw Failure(ExitCode::BadInput, problem);
   DocumentError error;
+  host.progress.begin("saving " + file);
   if (!desk.save(file, &error)) {
     throw Failure(ExitCode::Output,
                   "cannot write " + file + ": " + lineOf(error) + "; the journal stays");
   }
+  host.progress.end();
   std::fprintf(stderr, "%s: %s\n", file.c_str(), describe(session).c_str());
   // What is left here holds more than the document does.
   int left = 0;
@@ -85,7 +89,9 @@ void runRecover(const Arguments& arguments) {
     throw Failure(ExitCode::Usage, "a recording is either saved or removed, not both");
   JournalCatalogue catalogue(host.files, host.locks, host.folders);
   int error = 0;
+  host.progress.begin("reading the journals");
   const std::vector<JournalSession> sessions = catalogue.sessions(&error);
+  host.progress.end();
   if (error != 0) {
     throw Failure(ExitCode::BadInput,
                   "the journals in " + host.folders.resolve(kJournalFolder) +
@@ -106,7 +112,7 @@ void runRecover(const Arguments& arguments) {
   const OtherBackupFolder folders(host.folders, scratch.path());
   const DocumentMachine machine = host.filesOnly(folders);
   FileEngine files(machine, {});
-  recoverInto(files.desk(), session, file);
+  recoverInto(host, files.desk(), session, file);
 }
 
 }  // namespace ovka::terminal

@@ -21,6 +21,7 @@ std::atomic<int> received{0};
 std::atomic<void (*)()> lastWord{nullptr};
 std::array<struct sigaction, kSignals.size()> before{};
 struct sigaction pipeBefore {};
+struct sigaction sizeBefore {};
 
 void onSignal(int number) {
   const int error = errno;
@@ -49,11 +50,13 @@ StopSignals::StopSignals() {
   struct sigaction ignore {};
   ignore.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &ignore, &pipeBefore);
+  sigaction(SIGXFSZ, &ignore, &sizeBefore);
 }
 
 StopSignals::~StopSignals() {
   for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before[i], nullptr);
   sigaction(SIGPIPE, &pipeBefore, nullptr);
+  sigaction(SIGXFSZ, &sizeBefore, nullptr);
   for (int& descriptor : wakePipe) {
     close(descriptor);
     descriptor = -1;

@@ -5,8 +5,9 @@
 namespace ovka::terminal {
 
 /// While one of these lives, SIGINT, SIGTERM and SIGHUP ask for an orderly end instead of ending
-/// the process, and a pipe whose reader is gone gives an error instead of a signal. A second signal
-/// ends the process at once, for the case that the orderly end hangs. One at a time; main thread.
+/// the process, and a pipe whose reader is gone or a file that may not grow gives an error instead
+/// of a signal. A second signal ends the process at once, for the case that the orderly end hangs.
+/// One at a time; main thread.
 class StopSignals {
  public:
   StopSignals();

@@ -17,6 +17,7 @@ void resetVariables() {
   channelZ = 0;
   MIDIportZ = 0;
   UseQTMIDIX.clear();
+  inputPortX.clear();
 }
 
 }  // namespace ovka::midi

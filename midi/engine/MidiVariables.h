@@ -11,6 +11,8 @@ namespace ovka::midi {
 inline constexpr std::int32_t kSetups = 128;
 inline constexpr std::int32_t kPorts = 24;
 inline constexpr std::int32_t kChannels = 16;
+/// Controllers as one number, 1 + channel * 128 + controller: the last; 0 means none.
+inline constexpr std::int32_t kLastController = kChannels * 128;
 
 // name, default: meaning (unit); writer.
 /// 1: the client is set up; mainMidi.
@@ -31,6 +33,9 @@ inline constinit Shared<std::int32_t> mProgram0{0};
 inline constinit Shared<std::int32_t> gChannel{0};
 /// The current channel, 0 to 15; SetChannel.
 inline constinit Shared<std::int32_t> Channel{0};
+/// Per input channel, the port that must have a destination for incoming MIDI to be taken; the
+/// user.
+inline constinit SharedBlock<std::int32_t, kChannels> inputPortX{};
 /// Note, set-up, channel and port of the last Note On request; the send functions.
 inline constinit Shared<std::int32_t> noteZ{0};
 inline constinit Shared<std::int32_t> SetupNZ{0};

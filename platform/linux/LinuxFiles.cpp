@@ -1,7 +1,6 @@
 #include "LinuxFiles.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -12,6 +11,8 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 #include <utility>
+
+#include "PartFiles.h"
 
 namespace ovka {
 namespace {
@@ -81,7 +82,10 @@ class Writer final : public FileWriter {
  public:
   /// `part` is empty when the file is written under its own name.
   Writer(int fd, std::string target, std::string part)
-      : fd_(fd), target_(std::move(target)), part_(std::move(part)) {}
+      : fd_(fd),
+        lock_(part.empty() ? -1 : ::fcntl(fd, F_DUPFD_CLOEXEC, 0)),
+        target_(std::move(target)),
+        part_(std::move(part)) {}
   ~Writer() override {
     if (!part_.empty()) ::unlink(part_.c_str());
   }
@@ -121,6 +125,7 @@ class Writer final : public FileWriter {
   }
 
   Descriptor fd_;
+  Descriptor lock_;  ///< keeps the part locked until it has its name
   std::string target_;
   std::string part_;
   std::uint64_t written_ = 0;
@@ -137,7 +142,6 @@ std::string followed(const std::string& path) {
 }
 
 std::unique_ptr<FileWriter> writeAtomic(const std::string& path, int* error) {
-  static std::atomic<unsigned> counter{0};
   const std::string target = followed(path);
   struct stat old {};
   const bool replaces = ::stat(target.c_str(), &old) == 0;
@@ -145,14 +149,9 @@ std::unique_ptr<FileWriter> writeAtomic(const std::string& path, int* error) {
     *error = EISDIR;
     return nullptr;
   }
-  const std::string name = target.substr(target.rfind('/') + 1);
-  std::string part = folderOf(target) + "/." + name.substr(0, 200) + "." +
-                     std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".part";
-  const int fd = ::open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (fd < 0) {
-    *error = errno;
-    return nullptr;
-  }
+  std::string part;
+  const int fd = createPartFile(target, &part, error);
+  if (fd < 0) return nullptr;
   if (replaces) static_cast<void>(::fchmod(fd, old.st_mode & 07777U));
   return std::make_unique<Writer>(fd, target, std::move(part));
 }

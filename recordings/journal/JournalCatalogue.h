@@ -27,6 +27,7 @@ struct JournalSession {
   std::uint32_t SelectDevice = 0;
   std::uint32_t DeviceConfig = 0;
   bool looping = false;
+  bool wrapped = false;       ///< looping passed the end: the oldest points lie behind `ploop`
   bool endedInOrder = false;  ///< the program ended well, but no document was saved
   std::string savedPath;      ///< a document that holds the points before savedEnd; or empty
   std::int64_t savedEnd = 0;

@@ -89,7 +89,9 @@ bool JournalFold::takeMark(View payload) {
     to_.savedPath = mark.text;
     to_.savedEnd = mark.point;
   }
+  if (mark.what == MarkKind::Wrapped) to_.wrapped = true;
   if (mark.what != MarkKind::Cleared) return true;
+  to_.wrapped = false;
   to_.first = to_.end = 0;
   to_.ploop = mark.point;
   if (store_ != nullptr) store_->recCleare();

@@ -44,6 +44,7 @@ void JournalWriter::stop() {
   const std::scoped_lock guard(lock_);
   look();
   endSession(true);
+  stopped_ = true;
 }
 
 void JournalWriter::newRecording() {
@@ -85,6 +86,7 @@ JournalPositions JournalWriter::positions() const {
 }
 
 void JournalWriter::look() {
+  if (stopped_) return;
   const bool acquiring = buffer::setRecModeX != 0;
   // The frames before the end of acquiring belong to it.
   if (acquiring || acquired_) {
@@ -121,6 +123,7 @@ void JournalWriter::take(const JournalCursor::Found& found) {
   for (const PointRange& range : found.ranges) add(range, true);
   if (!found.ranges.empty()) position_ = found.ranges.back().end;
   if (found.wrapped) {
+    wrapped_ = true;
     marks_.push_back(
         {MarkKind::Wrapped, found.ranges.back().first, at_.clock.wallNanoseconds(), {}});
   }
@@ -172,6 +175,8 @@ void JournalWriter::updateStatus() {
     for (const Piece& piece : *pieces) now.waiting += journalnumbers::pointsOf(piece.range);
   }
   now.error = error_;
+  now.wrapped = wrapped_;
+  now.whole = session_ == 0 ? endedWhole_ : error_ == 0 && now.waiting == 0;
   const std::scoped_lock guard(queueLock_);
   now.freeBytes = status_.freeBytes;
   now.minutesLeft = status_.minutesLeft;
@@ -230,6 +235,7 @@ void JournalWriter::noteCleared() {
         std::clamp<std::int64_t>(buffer::ploop, 0, static_cast<std::int64_t>(buffer::MAXbuffer));
     marks_.push_back({MarkKind::Cleared, point, at_.clock.wallNanoseconds(), {}});
     lowest_ = highest_ = position_ = point;
+    wrapped_ = false;
     savedEnd_ = point;  // nothing is left that a document could miss
   }
   look();

@@ -48,6 +48,8 @@ struct JournalStatus {
   std::optional<std::uint64_t> freeBytes;
   std::optional<std::int64_t> minutesLeft;  ///< at the present data rate
   bool spaceLow = false;
+  bool wrapped = false;  ///< looping passed the end: the oldest points lie behind `ploop`
+  bool whole = true;     ///< everything acquired is in files; holds for the last session too
 };
 
 /// Journals what is acquired: a thread of its own reads new points out of the store by position and
@@ -90,7 +92,8 @@ class JournalWriter {
   void annotate(journalformat::Annotation change);
 
   /// A document at `path` is safely on disk and holds all five channels of the points before `end`
-  /// (`ploop` while it was written). Removes the files of the recording if nothing came after it
+  /// (`ploop` while it was written); after looping wrapped, the recording ends where the buffer
+  /// does. Removes the files of the recording if nothing came after it
   /// and the session is over, at the end of the session if nothing comes any more, and those of
   /// adopted sessions. Nothing is removed while no file of that name can be read. 0 or an errno.
   int documentSaved(const std::string& path, std::int64_t end);
@@ -127,6 +130,8 @@ class JournalWriter {
   void work(std::uint64_t budget);
   void keepNewestFirst();
   void updateStatus();
+  /// Behind the last point that a document must hold.
+  [[nodiscard]] std::int64_t heldEnd() const { return wrapped_ ? highest_ : position_; }
   [[nodiscard]] JournalPositions positions() const;
   // JournalWriterSession.cpp; all with lock_ held.
   void beginSession(std::int64_t first);
@@ -169,6 +174,9 @@ class JournalWriter {
   std::int64_t lowest_ = 0;        ///< points that the session holds lie in lowest_ ... highest_
   std::int64_t highest_ = 0;
   std::int64_t position_ = 0;             ///< behind the newest point found
+  bool wrapped_ = false;                  ///< of this session, or of the last one
+  bool stopped_ = false;                  ///< nothing that comes is journaled any more
+  bool endedWhole_ = true;                ///< the last session is in files to its end
   std::optional<std::int64_t> savedEnd_;  ///< a document holds everything found so far
   std::deque<Piece> pending_;             ///< found and not written, in order
   std::deque<Piece> backfill_;            ///< to be written again or late

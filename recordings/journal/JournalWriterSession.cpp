@@ -35,6 +35,7 @@ constexpr int kMostNames = 10'000;
 
 void JournalWriter::beginSession(std::int64_t first) {
   forgetSession();
+  wrapped_ = false;
   startWall_ = at_.clock.wallNanoseconds();
   session_ = numberOf(at_.locks.processMark(), startWall_, at_.clock.nanoseconds());
   const LocalTime date = at_.host.localTime(startWall_);
@@ -86,7 +87,8 @@ void JournalWriter::endSession(bool waitsForDocument) {
     Print("Error: the end of this recording is in no journal; save its document.\n");
   }
   const std::vector<std::string> parts = parts_;
-  const std::int64_t end = position_;
+  const std::int64_t end = heldEnd();
+  endedWhole_ = part_ != nullptr;
   const bool saved = savedEnd_.has_value();
   forgetSession();
   if (saved) {
@@ -145,7 +147,7 @@ int JournalWriter::documentSaved(const std::string& path, std::int64_t end) {
                     at_.clock.wallNanoseconds(), path});
   // Annotations queued until now are in the document or not: only what comes later counts.
   work(400'000);
-  if (position_ == end) savedEnd_ = end;
+  if (end == position_ && end == heldEnd()) savedEnd_ = end;
   return 0;
 }
 

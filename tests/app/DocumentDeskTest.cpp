@@ -10,6 +10,7 @@
 
 #include "BufferVariables.h"
 #include "CapturedPrint.h"
+#include "DeskMachine.h"
 #include "DocumentDesk.h"
 #include "Engine.h"
 #include "HeapAddressSpace.h"
@@ -24,36 +25,15 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct FakeDialogs final : Dialogs {
-  void alert(std::string_view message, std::string_view detail) override {
-    alerts.push_back(std::string(message) + "|" + std::string(detail));
-  }
-  bool confirm(std::string_view /*message*/, std::string_view /*detail*/) override { return yes; }
-  void beep() override {}
-  std::vector<std::string> alerts;
-  bool yes = true;
-};
-
-struct OneFolder final : Folders {
-  explicit OneFolder(std::string path) : path_(std::move(path)) {}
-  [[nodiscard]] std::string resolve(std::string_view path) const override {
-    for (const std::string_view prefix : {"/Users/Shared/", "~/Library/Preferences/"}) {
-      if (path.starts_with(prefix)) return path_ + "/" + std::string(path.substr(prefix.size()));
-    }
-    return std::string(path);
-  }
-  std::string path_;
-};
-
 /// An engine on the manual clock that keeps documents in a folder of its own.
 struct Desk {
   testing::CapturedPrint quiet;
   testing::TemporaryFolder folder;
-  OneFolder folders{folder.path()};
+  testing::OneFolder folders{folder.path()};
   LinuxFiles files;
   LinuxFileLocks locks;
   LinuxHostFacts host;
-  FakeDialogs dialogs;
+  testing::FakeDialogs dialogs;
   DocumentMachine documents{files, locks, folders, host, dialogs, true, true, {}};
   ManualTime time{1'000'000'000'000'000'000};
   HeapAddressSpace space;
@@ -263,4 +243,32 @@ TEST_CASE("backups come by the clock, a full recording saves itself") {
   now.record(100);
   CHECK_FALSE(now.desk.frontPath().empty());
   CHECK(testing::contentsOf(now.desk.frontPath()).size() > 1000);
+}
+
+TEST_CASE("a recording that looped is put into the order of time, its annotations too") {
+  Desk now;
+  REQUIRE(now.engine.assign("maxploop=1000").empty());
+  REQUIRE(now.engine.assign("setLoopModeX=1").empty());
+  buffer::ploopStart = 100;
+  now.record(1000);
+  now.record(200);
+  REQUIRE(buffer::ploop == 300);
+  for (std::int64_t point = 0; point < 1000; ++point)
+    now.engine.store().putIntToBuffer(2, point, point);
+  now.engine.annotations().addAt(50, "before the loop");
+  now.engine.annotations().addAt(299, "newest");
+  now.engine.annotations().addAt(300, "oldest");
+  now.desk.straightenRecording();
+  CHECK(buffer::ploop == 1000);
+  CHECK(now.stored(2, 99) == 99);
+  int wrong = 0;
+  for (std::int64_t i = 0; i < 900; ++i)
+    wrong += now.stored(2, 100 + i) != 100 + (200 + i) % 900 ? 1 : 0;
+  CHECK(wrong == 0);
+  std::string texts;
+  for (const TimedText& text : now.engine.annotations().list())
+    texts += std::to_string(text.point) + " " + text.text + "; ";
+  CHECK(texts == "50 before the loop; 100 oldest; 999 newest; ");
+  now.desk.straightenRecording();  // there is nothing left to do
+  CHECK(now.stored(2, 100) == 300);
 }

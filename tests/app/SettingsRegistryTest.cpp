@@ -11,6 +11,8 @@
 #include "FakeSerialPorts.h"
 #include "HeapAddressSpace.h"
 #include "ManualTime.h"
+#include "SetMIDIVariables.h"
+#include "SetMIDIbandVariables.h"
 
 using namespace ovka;
 
@@ -57,6 +59,34 @@ TEST_CASE("assignments that do not fit say what is wrong and change nothing") {
   CHECK(captureSettings(bench.engine, {}) == before);
 }
 
+TEST_CASE("a table is set by index, its rows do not hide variables of the same name") {
+  Bench bench;
+  const SettingsRegistry& settings = bench.engine.settings();
+  CHECK(bench.engine.assign("LowF1X[3]=8.25") == "");
+  CHECK(setmidiband::LowFX[0][3] == 8.25F);
+  CHECK(setmidiband::LowFXZ[0][3] == 8.25F);
+  CHECK(setmidiband::LowFX[0][2] == 0.0F);
+  const auto one = settings.value("LowF1X[3]");
+  REQUIRE(one.has_value());
+  CHECK(SettingsRegistry::format(*one, one->get()) == "8.25");
+
+  for (const char* bad : {"LowF1X=8", "LowF1X[]=8", "LowF1X[128]=8", "LowF1X[-1]=8", "LowF1X[3=8",
+                          "LowF1X[3]]=8", "LowF1X[3x]=8"}) {
+    CAPTURE(bad);
+    const std::string says = bench.engine.assign(bad);
+    CHECK(says == "'LowF1X' is a table: write LowF1X[0] to LowF1X[127]");
+  }
+  CHECK(bench.engine.assign("fftp[0]=512").find("is a single value") != std::string::npos);
+  CHECK(bench.engine.assign("LearnGainX[0]=2049").find("it takes 0 ... 2048") != std::string::npos);
+  CHECK(bench.engine.assign("LowF1X[3]=-1").find("is no value") != std::string::npos);
+  CHECK(setmidiband::LowFX[0][3] == 8.25F);
+
+  CHECK(bench.engine.assign("LowFX=5") == "");  // of the peak search
+  CHECK(bench.engine.assign("setmidi::LowFX[7]=6") == "");
+  CHECK(fft::LowFX == 5.0);
+  CHECK(setmidi::LowFX[7] == 6.0F);
+}
+
 TEST_CASE("what depends on a setting follows it") {
   Bench bench;
   Engine& engine = bench.engine;
@@ -88,8 +118,11 @@ TEST_CASE(
       CAPTURE(setting.name);
       CHECK(!setting.meaning.empty());
       if (!setting.writable) continue;
-      CHECK(setting.get() == setting.defaultValue);
-      CHECK(bench.engine.assign(setting.name + "=" +
+      const std::string name = setting.count == 0 ? setting.name : setting.name + "[0]";
+      const auto value = bench.engine.settings().value(name);
+      REQUIRE(value.has_value());
+      CHECK(value->get() == setting.defaultValue);
+      CHECK(bench.engine.assign(name + "=" +
                                 SettingsRegistry::format(setting, setting.defaultValue)) == "");
     }
     for (const char* change : {"SampleSpeed=1920", "MaxTimeActionX=2", "SelectDevice=8", "fftp=256",

@@ -13,88 +13,13 @@
 #include "CapturedPrint.h"
 #include "DocumentCommands.h"
 #include "DocumentVariables.h"
+#include "FakeDisk.h"
 #include "HeapAddressSpace.h"
 #include "ManualTime.h"
 #include "OVKA4DrawDocument.h"
 #include "RecordingShell.h"
 
 namespace ovka::testing {
-
-/// Files in memory; a disk that can be full, read-only or gone.
-class FakeFiles final : public Files {
- public:
-  std::map<std::string, std::string> contents;
-  int refuseWrites = 0;             ///< errno of every opening for writing, of paths that match
-  std::string refusePattern;        ///< part of the path; empty: all
-  std::uint64_t room = UINT64_MAX;  ///< bytes until ENOSPC
-  int failCommit = 0;
-  std::vector<std::string> folders;
-
-  std::unique_ptr<FileReader> read(const std::string& path, int* error) override {
-    const auto found = contents.find(path);
-    *error = found == contents.end() ? ENOENT : 0;
-    return *error != 0 ? nullptr : std::make_unique<Reader>(found->second);
-  }
-  std::unique_ptr<FileWriter> write(const std::string& path, WriteMode mode, int* error) override {
-    *error = path.find(refusePattern) == std::string::npos ? 0 : refuseWrites;
-    if (*error != 0) return nullptr;
-    if (mode == WriteMode::InPlace) contents[path].clear();
-    return std::make_unique<Writer>(*this, path, mode);
-  }
-  int makeFolder(const std::string& path) override {
-    folders.push_back(path);
-    return 0;
-  }
-  int remove(const std::string& path) override { return contents.erase(path) == 1 ? 0 : ENOENT; }
-  std::vector<std::string> list(const std::string& /*folder*/, int* error) override {
-    *error = ENOTSUP;
-    return {};
-  }
-  int freeBytes(const std::string& /*folder*/, std::uint64_t* bytes) override {
-    *bytes = room;
-    return 0;
-  }
-
- private:
-  class Reader final : public FileReader {
-   public:
-    explicit Reader(std::string bytes) : bytes_(std::move(bytes)) {}
-    std::uint64_t size() const override { return bytes_.size(); }
-    int readAt(std::uint64_t offset, std::span<std::byte> out, std::size_t* got) override {
-      *got =
-          offset >= bytes_.size() ? 0 : std::min<std::size_t>(out.size(), bytes_.size() - offset);
-      if (*got > 0) std::memcpy(out.data(), bytes_.data() + offset, *got);
-      return 0;
-    }
-
-   private:
-    std::string bytes_;
-  };
-  class Writer final : public FileWriter {
-   public:
-    Writer(FakeFiles& disk, std::string path, WriteMode mode)
-        : disk_(disk), path_(std::move(path)), atomic_(mode == WriteMode::Atomic) {}
-    int write(std::span<const std::byte> bytes) override {
-      if (bytes.size() > disk_.room) return ENOSPC;
-      disk_.room -= bytes.size();
-      std::string& to = atomic_ ? pending_ : disk_.contents[path_];
-      to.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-      return 0;
-    }
-    int sync() override { return 0; }
-    int commit() override {
-      if (disk_.failCommit != 0) return disk_.failCommit;
-      if (atomic_) disk_.contents[path_] = std::move(pending_);
-      return 0;
-    }
-
-   private:
-    FakeFiles& disk_;
-    std::string path_;
-    bool atomic_;
-    std::string pending_;
-  };
-};
 
 class FakeDialogs final : public Dialogs {
  public:
@@ -197,7 +122,7 @@ class Session {
   RecordingShell application;
   HeapAddressSpace space;
   SampleStore store{space, application.recording, application.annotations};
-  FakeFiles files;
+  FakeDisk files;
   FakeFolders folders;
   FakeDialogs dialogs;
   FakeHost host;

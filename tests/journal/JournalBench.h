@@ -9,6 +9,7 @@
 
 #include "BufferBench.h"
 #include "FakeDisk.h"
+#include "FakeLocks.h"
 #include "Folders.h"
 #include "HostFacts.h"
 #include "JournalCatalogue.h"

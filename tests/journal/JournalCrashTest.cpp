@@ -9,19 +9,19 @@
 #include <random>
 #include <sstream>
 #include <string>
-#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
-#include "FarEnd.h"
 #include "JournalBench.h"
 #include "LinuxAddressSpace.h"
 #include "LinuxClock.h"
 #include "LinuxFileLocks.h"
 #include "LinuxFiles.h"
 #include "LinuxThreadLauncher.h"
+#include "SharedTold.h"
+#include "TemporaryFolder.h"
 
 // Real processes, files and times: what a killed program and a full disk leave behind.
 
@@ -39,22 +39,6 @@ constexpr std::int64_t kFirstFrame = 1000;
 struct Told {
   std::atomic<std::int64_t> frames{0};
   std::atomic<bool> ended{false};
-};
-
-class SharedTold {
- public:
-  SharedTold() {
-    void* memory =
-        ::mmap(nullptr, sizeof(Told), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    REQUIRE(memory != MAP_FAILED);
-    told_ = new (memory) Told;
-  }
-  ~SharedTold() { ::munmap(told_, sizeof(Told)); }
-  Told& operator*() const { return *told_; }
-  Told* operator->() const { return told_; }
-
- private:
-  Told* told_;
 };
 
 /// Acquires at the real rate until it is killed.
@@ -87,7 +71,7 @@ class SharedTold {
   }
 }
 
-std::map<std::string, std::string> contentsOf(const fs::path& folder) {
+std::map<std::string, std::string> filesIn(const fs::path& folder) {
   std::map<std::string, std::string> contents;
   for (const auto& entry : fs::directory_iterator(folder)) {
     std::ifstream file(entry.path(), std::ios::binary);
@@ -117,8 +101,8 @@ std::int64_t checkRecovered(const SampleStore& store, std::int64_t capacity) {
 
 void killOnce(const std::string& folder, std::uint64_t capacity, std::chrono::milliseconds after,
               std::int64_t* mostLost) {
-  const SharedTold told;
-  const auto before = contentsOf(folder);
+  const SharedTold<Told> told;
+  const auto before = filesIn(folder);
   const pid_t child = ::fork();
   REQUIRE(child >= 0);
   if (child == 0) acquireForEver(folder, capacity, *told);
@@ -136,7 +120,7 @@ void killOnce(const std::string& folder, std::uint64_t capacity, std::chrono::mi
   REQUIRE(WIFSIGNALED(status));
 
   std::vector<std::string> parts;
-  for (const auto& [path, bytes] : contentsOf(folder)) {
+  for (const auto& [path, bytes] : filesIn(folder)) {
     const auto old = before.find(path);
     if (old == before.end()) parts.push_back(path);
     if (old != before.end()) CHECK(old->second == bytes);
@@ -194,7 +178,7 @@ TEST_CASE("a disk that fills up and gets room again") {
   CHECK(bench.printed.find("No space left on device(28).\n") != std::string::npos);
   // What fitted is readable.
   std::vector<std::string> parts;
-  for (const auto& [name, bytes] : contentsOf(path)) parts.push_back(name);
+  for (const auto& [name, bytes] : filesIn(path)) parts.push_back(name);
   {
     FakeLocks locks;
     const auto session = JournalCatalogue(bench.disk, locks, bench.folders).read(parts);
@@ -206,7 +190,7 @@ TEST_CASE("a disk that fills up and gets room again") {
   CHECK(bench.printed.find("goes on in " + path) != std::string::npos);
   bench.journal.stop();
   parts.clear();
-  for (const auto& [name, bytes] : contentsOf(path)) parts.push_back(name);
+  for (const auto& [name, bytes] : filesIn(path)) parts.push_back(name);
   CHECK(parts.size() >= 2);
   const std::int64_t stored = buffer::ploop;
   const Recovered back(bench.disk, parts);
@@ -217,7 +201,7 @@ TEST_CASE("a disk that fills up and gets room again") {
 TEST_CASE(
     "a folder that cannot be made, and one that vanishes: recording goes on, all comes back") {
   const TemporaryFolder place;
-  const fs::path folder = place.path() / "OVKABackups";
+  const fs::path folder = place.at("OVKABackups");
   std::ofstream(folder) << "in the way";
   JournalBenchOn<LinuxFiles> bench(432'000, folder);
   bench.acquire(10s);
@@ -232,7 +216,7 @@ TEST_CASE(
   CHECK(bench.printed.find("goes on in " + folder.string()) != std::string::npos);
   bench.journal.stop();
   std::vector<std::string> parts;
-  for (const auto& [name, bytes] : contentsOf(folder)) parts.push_back(name);
+  for (const auto& [name, bytes] : filesIn(folder)) parts.push_back(name);
   CHECK(parts.size() == 1);
   const std::int64_t stored = buffer::ploop;
   REQUIRE(stored == 3600);
@@ -243,7 +227,7 @@ TEST_CASE(
 
 TEST_CASE("a folder without permission: recording goes on, the journal follows once it may") {
   const TemporaryFolder place;
-  const fs::path folder = place.path() / "OVKABackups";
+  const fs::path folder = place.at("OVKABackups");
   fs::create_directory(folder);
   // The superuser may write everywhere: somebody else has to try.
   constexpr uid_t kNobody = 65534;
@@ -271,7 +255,7 @@ TEST_CASE("a folder without permission: recording goes on, the journal follows o
 
 TEST_CASE("every call at once on real threads") {
   const TemporaryFolder folder;
-  const std::string document = folder.path() / "note";
+  const std::string document = folder.at("note");
   std::ofstream(document) << "{}";
   BufferBench bench(2000);
   buffer::SampleSpeed = kSpeed;
@@ -317,7 +301,7 @@ TEST_CASE("every call at once on real threads") {
 
 TEST_CASE("locks and process names") {
   const TemporaryFolder folder;
-  const std::string path = folder.path() / "file";
+  const std::string path = folder.at("file");
   std::ofstream(path) << "x";
   LinuxFileLocks locks;
   int error = 0;

@@ -23,13 +23,12 @@ std::string smallJournal() {
   bench.journal.annotate({journalformat::AnnotationChange::Set, 1, 7, "here"});
   bench.acquire(1s);
   bench.journal.flush();
-  return bench.disk.files.begin()->second->bytes;
+  return bench.disk.contents.begin()->second;
 }
 
 std::optional<JournalSession> read(const std::string& bytes) {
   FakeDisk disk;
-  disk.files[kPath] = std::make_shared<FakeDisk::File>();
-  disk.files[kPath]->bytes = bytes;
+  disk.contents[kPath] = bytes;
   FakeLocks locks;
   const FixedFolder folders;
   return JournalCatalogue(disk, locks, folders).read({kPath});
@@ -80,8 +79,7 @@ TEST_CASE("damaged at any byte: one chunk is missing at most, and is said to be"
     REQUIRE(session->SampleSpeed == 240);
     if (at % 40 != 0) continue;
     FakeDisk disk;
-    disk.files[kPath] = std::make_shared<FakeDisk::File>();
-    disk.files[kPath]->bytes = damaged;
+    disk.contents[kPath] = damaged;
     const Recovered back(disk, {kPath});
     REQUIRE(strayPoints(back.store, 480) == 0);
   }

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "FarEnd.h"
 #include "LinuxSerialPorts.h"
+#include "TemporaryFolder.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ void terminal(const fs::path& root, const std::string& name, const std::string& 
 
 TEST_CASE("devices: real ones only, by stable names, named as a person knows them") {
   const ovka::testing::TemporaryFolder folder;
-  const fs::path& root = folder.path();
+  const fs::path root = folder.path();
   terminal(root, "ttyUSB10", "usb/1-2/1-2:1.0/ttyUSB10");
   terminal(root, "ttyUSB9", "usb/1-1/1-1:1.0/ttyUSB9");
   terminal(root, "ttyACM0", "usb/1-3/1-3:1.0");

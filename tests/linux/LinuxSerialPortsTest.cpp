@@ -10,6 +10,7 @@
 
 #include "FarEnd.h"
 #include "LinuxSerialPorts.h"
+#include "TemporaryFolder.h"
 
 namespace {
 
@@ -129,15 +130,15 @@ TEST_CASE("speeds and flow control as the driver gets them") {
 TEST_CASE("paths that are no serial line") {
   LinuxSerialPorts ports;
   TemporaryFolder folder;
-  const std::string file = folder.path() / "file";
+  const std::string file = folder.at("file");
   ::close(::open(file.c_str(), O_CREAT | O_WRONLY, 0600));
   CHECK(ports.open("/dev/null").error == ENOTTY);
   CHECK(ports.open(folder.path()).error == ENOTTY);
   CHECK(ports.open(file).error == ENOTTY);
-  CHECK(ports.open(folder.path() / "missing").error == ENOENT);
+  CHECK(ports.open(folder.at("missing")).error == ENOENT);
   CHECK(ports.open("").error == ENOENT);
   CHECK_FALSE(ports.ownerGroup(file).empty());
-  CHECK(ports.ownerGroup(folder.path() / "missing").empty());
+  CHECK(ports.ownerGroup(folder.at("missing")).empty());
 }
 
 TEST_CASE("a port in use is busy, for root and for everybody else") {

@@ -16,6 +16,7 @@
 #include "LinuxClock.h"
 #include "LinuxSerialPorts.h"
 #include "RecordingShell.h"
+#include "TemporaryFolder.h"
 
 namespace {
 
@@ -94,7 +95,7 @@ bool framesArrive(const FarEnd& far) {
 
 TEST_CASE("an amplifier is unplugged while paused and comes back under another terminal") {
   const ovka::testing::TemporaryFolder folder;
-  const std::string link = folder.path() / "amplifier";
+  const std::string link = folder.at("amplifier");
   auto far = std::make_unique<FarEnd>();
   fs::create_symlink(far->path(), link);
   RealBench bench;

@@ -16,7 +16,7 @@ namespace {
 
 /// An engine on manual time with the panel over its settings, and the files of `disk`.
 struct EngineBench {
-  explicit EngineBench(FakeFiles& disk) : files(disk) { groups.use(settingsGroups, information); }
+  explicit EngineBench(FakeDisk& disk) : files(disk) { groups.use(settingsGroups, information); }
 
   [[nodiscard]] std::vector<std::string> load(const std::string& text) {
     files.contents[PresetBench::path("test")] = text;
@@ -35,7 +35,7 @@ struct EngineBench {
   FakeSerialPorts serial;
   Engine engine{{time, time, time, space, serial}};
   SettingsByName byName{engine.settings()};
-  FakeFiles& files;
+  FakeDisk& files;
   FakeFolders folders;
   FakeDialogs dialogs;
   FakeHost host;
@@ -57,7 +57,7 @@ const std::string kHead = "{ OVKA5 = 5332; OVKA4data = (110); ";
 }  // namespace
 
 TEST_CASE("the orders of the groups hold: files depend on them") {
-  FakeFiles disk;
+  FakeDisk disk;
   EngineBench bench(disk);
   const std::vector<std::pair<const char*, const char*>> orders{
       {"OVKA4Device",
@@ -93,7 +93,7 @@ TEST_CASE("the orders of the groups hold: files depend on them") {
 }
 
 TEST_CASE("a preset carries the whole set-up into a new process") {
-  FakeFiles disk;
+  FakeDisk disk;
   CaptureSettings carried;
   {
     EngineBench bench(disk);
@@ -142,7 +142,7 @@ TEST_CASE("a preset carries the whole set-up into a new process") {
 }
 
 TEST_CASE("values that make no sense are named and leave the settings as they are") {
-  FakeFiles disk;
+  FakeDisk disk;
   EngineBench bench(disk);
   const CaptureSettings before = captureSettings(bench.engine, {});
   const std::vector<std::pair<const char*, const char*>> rows{
@@ -166,7 +166,7 @@ TEST_CASE("values that make no sense are named and leave the settings as they ar
 }
 
 TEST_CASE("older files set what they hold, newer ones keep what is beyond") {
-  FakeFiles disk;
+  FakeDisk disk;
   EngineBench bench(disk);
   // One digit more than the form can tell: the value in force stays exact.
   CHECK(bench.engine.assign("CoherenceLevel=0.0100000001") == "");
@@ -188,7 +188,7 @@ TEST_CASE("older files set what they hold, newer ones keep what is beyond") {
 }
 
 TEST_CASE("a preset never cuts the recording in memory") {
-  FakeFiles disk;
+  FakeDisk disk;
   EngineBench bench(disk);
   CHECK(bench.engine.assign("samplingModeX=5") == "");  // 240 samples a second
   CHECK(bench.engine.assign("MaxTimeActionX=1") == "");

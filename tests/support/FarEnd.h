@@ -64,24 +64,4 @@ class FarEnd {
   std::string path_;
 };
 
-/// A folder of its own that goes with the test.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "ovka-test-XXXXXX").string();
-    REQUIRE(mkdtemp(name.data()) != nullptr);
-    path_ = name;
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
-
 }  // namespace ovka::testing

@@ -1,70 +1,22 @@
 #include <algorithm>
-#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <doctest/doctest.h>
-#include <fcntl.h>
 #include <filesystem>
 #include <string>
-#include <thread>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
 
-#include "Commands.h"
-#include "TemporaryFolder.h"
+#include "TerminalHome.h"
 
 using namespace ovka;
-using namespace ovka::terminal;
+using testing::holds;
+using testing::Home;
+using testing::write;
 
 namespace {
-
-/// The program in a home of its own, its outputs in files.
-struct Home {
-  testing::TemporaryFolder folder;
-  Home() { setenv("OVKA_HOME", folder.at("home").c_str(), 1); }
-  ~Home() { unsetenv("OVKA_HOME"); }
-  Home(const Home&) = delete;
-  Home& operator=(const Home&) = delete;
-
-  std::string out;  ///< of the last run
-  std::string err;
-
-  int run(const std::vector<std::string>& words) {
-    int code = 0;
-    {
-      const Redirected first(1, folder.at("out"));
-      const Redirected second(2, folder.at("err"));
-      code = runProgram(words);
-    }
-    out = testing::contentsOf(folder.at("out"));
-    err = testing::contentsOf(folder.at("err"));
-    return code;
-  }
-  [[nodiscard]] std::string at(const std::string& name) const { return folder.at(name); }
-
- private:
-  class Redirected {
-   public:
-    Redirected(int descriptor, const std::string& path)
-        : descriptor_(descriptor), before_(dup(descriptor)) {
-      std::fflush(nullptr);
-      const int file = open(path.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
-      dup2(file, descriptor);
-      close(file);
-    }
-    ~Redirected() {
-      std::fflush(nullptr);
-      dup2(before_, descriptor_);
-      close(before_);
-    }
-    Redirected(const Redirected&) = delete;
-    Redirected& operator=(const Redirected&) = delete;
-
-   private:
-    int descriptor_;
-    int before_;
-  };
-};
 
 std::string rowsOf(int points) {
   std::string text = "point,ch0,ch1,ch2,ch3,ch4\n";
@@ -74,14 +26,6 @@ std::string rowsOf(int points) {
     text += "\n";
   }
   return text;
-}
-
-void write(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
-
-bool holds(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
 }
 
 const std::vector<std::string> kFive{"--config", "3", "--model", "6", "--speed", "256"};
@@ -124,30 +68,21 @@ TEST_CASE("recorded, told of, played: one document from end to end") {
   CHECK(home.out.substr(last + 9, home.out.find(',', last) - last - 9) ==
         std::to_string(std::count(rows.begin(), rows.end(), '\n') - 1));
   CHECK(home.run({"play", file, "--fast", "--from", "1000"}) == 2);
-}
 
-TEST_CASE("a recording whose folder vanishes is kept in its journal and recovered") {
-  Home home;
-  const std::string place = home.at("gone");
-  std::filesystem::create_directory(place);
-  std::thread vandal([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(700));
-    std::filesystem::remove_all(place);
-  });
-  const int code = home.run({"record", place + "/a.ovkanote", "--demo", "--seconds", "1.5"});
-  vandal.join();
-  CHECK(code == 5);
-  CHECK(holds(home.err, "ovka recover"));
-  REQUIRE(home.run({"recover"}) == 0);
-  CHECK(home.out.starts_with("1  20"));
-  const std::string file = home.at("back.ovkanote");
-  CHECK(home.run({"recover", file, "--number", "2"}) == 2);
-  REQUIRE(home.run({"recover", file}) == 0);
-  REQUIRE(home.run({"convert", file, home.at("back.csv")}) == 0);
-  const std::string rows = testing::contentsOf(home.at("back.csv"));
-  CHECK(std::count(rows.begin(), rows.end(), '\n') > 100);
-  REQUIRE(home.run({"recover"}) == 0);
-  CHECK(home.out == "No recording waits to be recovered.\n");
+  // A range over and over: the point never leaves it.
+  const std::vector<std::string> loop{"play", file,          "--fast", "--json",    "--interval",
+                                      "0.05", "--loop-from", "0.25",   "--loop-to", "0.5"};
+  REQUIRE(home.run(words(loop, {"--seconds", "2"})) == 0);
+  int outside = 0;
+  std::size_t at = 0;
+  for (; (at = home.out.find("{\"point\":", at)) != std::string::npos; ++at) {
+    const int point = std::atoi(home.out.c_str() + at + 9);
+    outside += point < 128 || point >= 256 ? 1 : 0;
+  }
+  CHECK(outside == 0);
+  CHECK(std::count(home.out.begin(), home.out.end(), '\n') >= 40);
+  CHECK(home.run(loop) == 2);  // it would never end
+  CHECK(home.run({"play", file, "--loop-from", "0.5", "--loop-to", "0.25"}) == 2);
 }
 
 TEST_CASE("conversions keep every sample") {
@@ -204,7 +139,6 @@ TEST_CASE("what cannot be converted says why") {
     const char* says;
   };
   for (const Row& row : std::vector<Row>{
-           {"a.csv", "x.cap", 2, "a capture keeps the bytes of a line"},
            {"a.csv", "CH0DATA.ovka", 2, "backups"},
            {"a.csv", "x.dat", 2, "never written"},
            {"a.csv", "a.csv", 5, "--force"},
@@ -238,4 +172,42 @@ TEST_CASE("presets are saved, shown, changed and made the default") {
   CHECK(home.run({"preset", "burn"}) == 2);
   write(home.at("c.plist"), "{ OVKA4data = x; }");
   CHECK(home.run({"preset", "load", home.at("c.plist")}) == 3);
+}
+
+TEST_CASE("a session starts with a preset and remembers its port") {
+  Home home;
+  REQUIRE(home.run({"preset", "save", "a.plist", "--model", "5", "--config", "2", "--speed", "240",
+                    "--set", "fftp=512"}) == 0);
+  const std::string file = home.at("a.ovkanote");
+  REQUIRE(home.run({"record", file, "--demo", "--preset", "a.plist", "--speed", "480", "--seconds",
+                    "0.5"}) == 0);
+  REQUIRE(home.run({"info", file, "--json"}) == 0);
+  CHECK(holds(home.out, "\"SampleSpeed\":\"480\""));  // the line goes before the preset
+  CHECK(holds(home.out, "\"SelectDevice\":\"5\""));
+  CHECK(holds(home.out, "\"DeviceConfig\":\"2\""));
+  CHECK(home.run({"live", "--demo", "--preset", "b.plist"}) == 3);
+  CHECK(home.run({"live", "--capture", "x", "--preset", "a.plist"}) == 2);
+  CHECK(home.run({"live", "--demo", "--remember"}) == 2);
+  CHECK(home.run({"live"}) == 2);
+  CHECK(holds(home.err, "--remember"));
+
+  const std::string link = home.at("amplifier");
+  const pid_t amplifier = fork();
+  REQUIRE(amplifier >= 0);
+  if (amplifier == 0) {
+    const std::vector<std::string> line{"simulate", "--model", "5", "--config",
+                                        "2",        "--link",  link};
+    _exit(ovka::terminal::runProgram(line));
+  }
+  for (int i = 0; i < 500 && !std::filesystem::exists(link); ++i) usleep(10'000);
+  CHECK(home.run({"live", "--port", link, "--remember", "--model", "5", "--config", "2", "--json",
+                  "--seconds", "0.3"}) == 0);
+  REQUIRE(home.run({"record", home.at("b.ovkanote"), "--seconds", "0.7"}) == 0);
+  REQUIRE(home.run({"info", home.at("b.ovkanote"), "--json"}) == 0);
+  CHECK(holds(home.out, "\"SelectDevice\":\"5\""));
+  kill(amplifier, SIGTERM);
+  int status = 0;
+  waitpid(amplifier, &status, 0);
+  CHECK(home.run({"live", "--json"}) == 4);
+  CHECK(holds(home.err, link));
 }

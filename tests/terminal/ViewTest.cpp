@@ -236,5 +236,6 @@ TEST_CASE("states and keys") {
   CHECK(liveKeyOf('q') == LiveKey::Quit);
   CHECK(liveKeyOf('P') == LiveKey::Pause);
   CHECK(liveKeyOf('?') == LiveKey::Help);
-  CHECK(liveKeyOf('x') == LiveKey::None);
+  CHECK(liveKeyOf('x') == LiveKey::Panic);
+  CHECK(liveKeyOf('z') == LiveKey::None);
 }

@@ -5,51 +5,58 @@
 #include <cstring>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "FileLocks.h"
 #include "Files.h"
 
 namespace ovka::testing {
 
-/// A disk in memory that tells what a power cut leaves, and whose calls fail when told to. A failed
-/// write leaves half of its bytes behind, a failed sync loses what was not synced.
+/// A disk in memory: full, read-only or failing when told to. It knows what a power cut leaves. A
+/// failed write leaves half of its bytes behind, a failed sync loses what was not synced.
 class FakeDisk final : public Files {
  public:
-  struct File {
-    std::string bytes;
-    std::size_t synced = 0;
-  };
-  std::map<std::string, std::shared_ptr<File>> files;
-  std::uint64_t room = 1'000'000'000'000;
+  std::map<std::string, std::string> contents;  ///< by path
+  std::map<std::string, std::size_t> synced;    ///< bytes that survive a power cut
+  std::vector<std::string> folders;             ///< that were made
+  std::uint64_t room = 1'000'000'000'000;       ///< bytes until ENOSPC
+  int refuseWrites = 0;       ///< errno of every opening for writing, of paths that match
+  std::string refusePattern;  ///< part of the path; empty: all
+  int failCommit = 0;
   int calls = 0;
   int failFrom = 0;  ///< the first call that fails, counted from 1; 0: none
   int failures = 0;  ///< how many calls in a row fail
   int error = ENOSPC;
 
   std::unique_ptr<FileReader> read(const std::string& path, int* result) override {
-    const auto found = files.find(path);
-    *result = fails() ? error : found == files.end() ? ENOENT : 0;
-    return *result != 0 ? nullptr : std::make_unique<Reader>(found->second->bytes);
+    const auto found = contents.find(path);
+    *result = fails() ? error : found == contents.end() ? ENOENT : 0;
+    return *result != 0 ? nullptr : std::make_unique<Reader>(found->second);
   }
   std::unique_ptr<FileWriter> write(const std::string& path, WriteMode mode, int* result) override {
-    const bool there = files.contains(path);
-    *result = fails() ? error : mode == WriteMode::NewOnly && there ? EEXIST : 0;
+    *result = fails()                                                 ? error
+              : mode == WriteMode::NewOnly && contents.contains(path) ? EEXIST
+              : path.find(refusePattern) == std::string::npos         ? 0
+                                                                      : refuseWrites;
     if (*result != 0) return nullptr;
-    if (!there) files[path] = std::make_shared<File>();
-    return std::make_unique<Writer>(*this, files[path]);
+    if (mode == WriteMode::InPlace) contents[path].clear();
+    if (mode != WriteMode::Atomic) contents[path];
+    return std::make_unique<Writer>(*this, path, mode == WriteMode::Atomic);
   }
-  int makeFolder(const std::string& /*path*/) override { return fails() ? error : 0; }
+  int makeFolder(const std::string& path) override {
+    folders.push_back(path);
+    return fails() ? error : 0;
+  }
   int remove(const std::string& path) override {
     if (fails()) return error;
-    return files.erase(path) == 1 ? 0 : ENOENT;
+    synced.erase(path);
+    return contents.erase(path) == 1 ? 0 : ENOENT;
   }
   std::vector<std::string> list(const std::string& folder, int* result) override {
     *result = fails() ? error : 0;
     std::vector<std::string> names;
-    for (const auto& [path, file] : files) {
+    for (const auto& [path, bytes] : contents) {
       if (path.starts_with(folder + "/")) names.push_back(path.substr(folder.size() + 1));
     }
     return names;
@@ -61,12 +68,10 @@ class FakeDisk final : public Files {
   }
 
   /// What is on the disk after the power went: what was synced, and `extra` bytes more.
-  [[nodiscard]] FakeDisk afterPowerCut(std::size_t extra) const {
+  [[nodiscard]] FakeDisk afterPowerCut(std::size_t extra) {
     FakeDisk left;
-    for (const auto& [path, file] : files) {
-      left.files[path] = std::make_shared<File>();
-      left.files[path]->bytes = file->bytes.substr(0, file->synced + extra);
-    }
+    for (const auto& [path, bytes] : contents)
+      left.contents[path] = bytes.substr(0, synced[path] + extra);
     return left;
   }
 
@@ -92,57 +97,38 @@ class FakeDisk final : public Files {
   };
   class Writer final : public FileWriter {
    public:
-    Writer(FakeDisk& disk, std::shared_ptr<File> file) : disk_(disk), file_(std::move(file)) {}
+    Writer(FakeDisk& disk, std::string path, bool atomic)
+        : disk_(disk), path_(std::move(path)), atomic_(atomic) {}
     int write(std::span<const std::byte> bytes) override {
       const bool fails = disk_.fails();
       const std::size_t count = fails ? bytes.size() / 2 : bytes.size();
       if (!fails && count > disk_.room) return ENOSPC;
-      file_->bytes.append(reinterpret_cast<const char*>(bytes.data()), count);
+      target().append(reinterpret_cast<const char*>(bytes.data()), count);
       disk_.room -= std::min<std::uint64_t>(disk_.room, count);
       return fails ? disk_.error : 0;
     }
     int sync() override {
+      std::size_t& safe = disk_.synced[path_];
       if (disk_.fails()) {
-        std::fill(file_->bytes.begin() + static_cast<std::ptrdiff_t>(file_->synced),
-                  file_->bytes.end(), '\0');
+        std::fill(target().begin() + static_cast<std::ptrdiff_t>(safe), target().end(), '\0');
         return disk_.error;
       }
-      file_->synced = file_->bytes.size();
+      safe = target().size();
       return 0;
     }
-    int commit() override { return 0; }
+    int commit() override {
+      if (disk_.failCommit != 0) return disk_.failCommit;
+      if (atomic_) disk_.contents[path_] = std::move(pending_);
+      return 0;
+    }
 
    private:
+    std::string& target() { return atomic_ ? pending_ : disk_.contents[path_]; }
+
     FakeDisk& disk_;
-    std::shared_ptr<File> file_;
-  };
-};
-
-/// Locks of one machine; `dead` processes hold none.
-class FakeLocks final : public FileLocks {
- public:
-  std::string mark = "1 1 boot";
-  bool working = true;
-  std::set<std::string> held;
-  std::set<std::string> running{"1 1 boot"};
-
-  std::unique_ptr<Lock> lock(const std::string& path, int* error) override {
-    *error = !working ? ENOTSUP : held.contains(path) ? EWOULDBLOCK : 0;
-    if (*error != 0) return nullptr;
-    held.insert(path);
-    return std::make_unique<Held>(*this, path);
-  }
-  std::string processMark() const override { return mark; }
-  bool isRunning(const std::string& processMark) const override {
-    return running.contains(processMark);
-  }
-
- private:
-  struct Held final : Lock {
-    Held(FakeLocks& locks, std::string path) : locks_(locks), path_(std::move(path)) {}
-    ~Held() override { locks_.held.erase(path_); }
-    FakeLocks& locks_;
     std::string path_;
+    bool atomic_;
+    std::string pending_;
   };
 };
 

@@ -1,0 +1,382 @@
+#include "MainWindow.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QScreen>
+#include <QSettings>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "AmplifierVariables.h"
+#include "Banner.h"
+#include "BufferVariables.h"
+#include "DisplayMemory.h"
+#include "LinuxSerialPorts.h"
+#include "Look.h"
+#include "ScrubBar.h"
+#include "SetupWindow.h"
+#include "StatusStrip.h"
+#include "TransportRow.h"
+#include "ViewDocks.h"
+
+namespace ovka::desktop {
+namespace {
+
+constexpr int kTick = 33;  // ms
+
+bool isCapture(const QString& path) {
+  return path.endsWith(QStringLiteral(".cap"), Qt::CaseInsensitive);
+}
+
+/// The source used last, as long as its port is there.
+SourceChoice rememberedSource() {
+  SourceChoice choice;
+  choice.kind = SourceChoice::Kind::Demo;
+  const QString port = QSettings().value(QStringLiteral("source/port")).toString();
+  if (port.isEmpty()) return choice;
+  LinuxSerialPorts serial;
+  for (const SerialDevice& device : serial.devices(nullptr)) {
+    if (QString::fromStdString(device.path) != port) continue;
+    choice.kind = SourceChoice::Kind::Serial;
+    choice.paths = {device.path};
+  }
+  return choice;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(Workbench& bench, QWidget* parent)
+    : QMainWindow(parent), bench_(bench), documents_(bench, this) {
+  setObjectName(QStringLiteral("main"));
+  setWindowIcon(look::appIcon());
+  setAcceptDrops(true);
+  build();
+  connectParts();
+  makeMenus();
+  restoreWindow();
+  refreshTitle();
+  timer_ = new QTimer(this);
+  connect(timer_, &QTimer::timeout, this, &MainWindow::tick);
+  timer_->start(kTick);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::build() {
+  auto* central = new QWidget;
+  auto* column = new QVBoxLayout(central);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  auto* header = new QFrame;
+  header->setObjectName(QStringLiteral("header"));
+  auto* inHeader = new QVBoxLayout(header);
+  inHeader->setContentsMargins(0, 0, 0, 0);
+  inHeader->setSpacing(0);
+  transport_ = new TransportRow(bench_);
+  strip_ = new StatusStrip(bench_);
+  inHeader->addWidget(transport_);
+  inHeader->addWidget(strip_);
+  banner_ = new Banner;
+  views_ = new ViewDocks(bench_);
+  scrub_ = new ScrubBar(bench_);
+  note_ = new QLineEdit;
+  note_->setObjectName(QStringLiteral("note"));
+  note_->setPlaceholderText(QStringLiteral("Note at this moment, then Return"));
+  note_->setAccessibleName(note_->placeholderText());
+  note_->hide();
+  column->addWidget(header);
+  column->addWidget(banner_);
+  column->addWidget(note_);
+  column->addWidget(views_, 1);
+  column->addWidget(scrub_);
+  setCentralWidget(central);
+  setup_ = new SetupWindow(bench_, documents_, this);
+}
+
+void MainWindow::connectParts() {
+  connect(transport_, &TransportRow::sourceChosen, this, &MainWindow::useSource);
+  connect(transport_, &TransportRow::documentWanted, &documents_, &DocumentFace::openWithDialog);
+  connect(transport_, &TransportRow::captureWanted, this, [this] {
+    auto* dialog = new QFileDialog(this, QStringLiteral("Open a capture"), {},
+                                   QStringLiteral("Captures (*.cap);;All files (*)"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) {
+      SourceChoice choice;
+      choice.kind = SourceChoice::Kind::Capture;
+      choice.paths = {path.toStdString()};
+      useSource(choice);
+    });
+    dialog->open();
+  });
+  connect(transport_, &TransportRow::recordPressed, this, &MainWindow::toggleRecord);
+  connect(transport_, &TransportRow::pausePressed, this, &MainWindow::togglePause);
+  connect(transport_, &TransportRow::livePressed, this, &MainWindow::goLive);
+  connect(transport_, &TransportRow::panicPressed, this, &MainWindow::panic);
+  connect(setup_, &SetupWindow::perform, this, &MainWindow::performAction);
+  connect(setup_, &SetupWindow::useSource, this, &MainWindow::useSource);
+  connect(&documents_, &DocumentFace::message, this, &MainWindow::tell);
+  connect(&documents_, &DocumentFace::changed, this, [this] {
+    strip_->setPlace(documents_.path());
+    refreshTitle();
+  });
+  connect(&bench_, &Workbench::problem, this,
+          [this](const QString& text, const QString& detail) { tell(text, detail, true); });
+  connect(&bench_, &Workbench::changed, this, [this](const QString& name) {
+    if (name == QLatin1String("themeX")) applyLook();
+    const bool line = name == QLatin1String("SelectDevice") ||
+                      name == QLatin1String("DeviceConfig") ||
+                      name == QLatin1String("HighSpeedX") || name == QLatin1String("oldBluetooth");
+    if (!line || !bench_.recorder().acquires()) return;
+    banner_->show({Banner::Level::Note,
+                   QStringLiteral("The amplifier's settings take effect with the next start."),
+                   {},
+                   {{QStringLiteral("Start again"), [this] { useSource(bench_.source()); }}},
+                   QStringLiteral("restart")});
+  });
+  connect(&bench_, &Workbench::engineChanged, this, [this] {
+    Engine* engine = bench_.engine();
+    if (engine == nullptr || !engine->midi().on())
+      transport_->setMidiCounter({});
+    else
+      transport_->setMidiCounter([engine] { return engine->midi().notes().sendTimes().count(); });
+  });
+  connect(&bench_.feed(), &Feed::settingsBrought, this, &MainWindow::applyLook);
+  connect(note_, &QLineEdit::returnPressed, this, [this] {
+    if (bench_.engine() != nullptr) bench_.engine()->annotations().add(note_->text().toStdString());
+    note_->clear();
+    note_->hide();
+  });
+}
+
+void MainWindow::start(const StartChoice& choice) {
+  SourceChoice source = choice.source;
+  if (source.kind == SourceChoice::Kind::None) source = rememberedSource();
+  bench_.feed().start();
+  const QString document = choice.document;
+  bench_.openSource(source, [this, document](const QString& problem) {
+    transport_->listSources();
+    if (!problem.isEmpty()) tell(QStringLiteral("The source could not be started."), problem, true);
+    if (!document.isEmpty()) openFile(document);
+    offerRecovery();
+  });
+}
+
+void MainWindow::useSource(const SourceChoice& choice) {
+  SourceChoice plain = choice;
+  plain.settings.clear();
+  documents_.guard(QStringLiteral("another source is started"), [this, plain] {
+    bench_.openSource(plain, [this, plain](const QString& problem) {
+      transport_->listSources();
+      documents_.refresh();
+      banner_->withdraw(QStringLiteral("source"));
+      banner_->withdraw(QStringLiteral("line"));
+      lineLost_ = false;
+      if (problem.isEmpty()) {
+        QSettings().setValue(QStringLiteral("source/port"),
+                             plain.kind == SourceChoice::Kind::Serial && !plain.paths.empty()
+                                 ? QString::fromStdString(plain.paths.front())
+                                 : QString());
+        return;
+      }
+      banner_->show({Banner::Level::Problem,
+                     QStringLiteral("The source could not be started."),
+                     problem,
+                     {{QStringLiteral("Try again"), [this, plain] { useSource(plain); }}},
+                     QStringLiteral("source")});
+    });
+  });
+}
+
+void MainWindow::openFile(const QString& path) {
+  if (!isCapture(path)) {
+    documents_.open(path);
+    return;
+  }
+  SourceChoice choice;
+  choice.kind = SourceChoice::Kind::Capture;
+  choice.paths = {path.toStdString()};
+  useSource(choice);
+}
+
+void MainWindow::performAction(const QString& selector, int sender) {
+  const auto perform = [this, selector, sender](const std::function<void()>& done) {
+    bench_.perform(selector.toStdString(), sender, done);
+  };
+  if (selector == QLatin1String("setselectOpenAction:")) {
+    documents_.guard(QStringLiteral("the backup is loaded"), [this, perform] {
+      perform([this] {
+        bench_.recorder().noteOpened(true);
+        documents_.refresh();
+      });
+    });
+    return;
+  }
+  const bool saves = selector == QLatin1String("saveDocumentwithDate:") ||
+                     selector == QLatin1String("savePreSetPreference:");
+  if (saves) bench_.recorder().beforeSave();
+  perform([this, saves] {
+    if (saves) {
+      bench_.recorder().afterSave();
+      documents_.refresh();
+    }
+  });
+}
+
+void MainWindow::toggleRecord() {
+  Recorder& recorder = bench_.recorder();
+  const RecordState state = recorder.state();
+  if (state == RecordState::Recording || state == RecordState::Paused) {
+    recorder.stop();
+    return;
+  }
+  documents_.guard(QStringLiteral("a new one is made"),
+                   [this] { bench_.recorder().record([this] { documents_.refresh(); }); });
+}
+
+void MainWindow::togglePause() {
+  Recorder& recorder = bench_.recorder();
+  switch (recorder.state()) {
+    case RecordState::Recording:
+      recorder.pause(true);
+      break;
+    case RecordState::Paused:
+      recorder.pause(false);
+      break;
+    case RecordState::Review:
+      recorder.play();
+      break;
+    case RecordState::Playing:
+      recorder.pausePlaying();
+      break;
+    case RecordState::Live:
+    case RecordState::NoInput:
+      break;
+  }
+}
+
+void MainWindow::goLive() {
+  documents_.guard(QStringLiteral("the living signal takes its place"),
+                   [this] { bench_.recorder().goLive([this] { documents_.refresh(); }); });
+}
+
+void MainWindow::panic() {
+  Engine* engine = bench_.engine();
+  if (engine != nullptr) engine->midi().panic();
+  const bool on = engine != nullptr && engine->midi().on();
+  banner_->show({Banner::Level::Note,
+                 on ? QStringLiteral("Every note was silenced, at every receiver.")
+                    : QStringLiteral("Nothing sounds: no MIDI output is open."),
+                 {},
+                 {},
+                 QStringLiteral("panic")});
+}
+
+void MainWindow::addNote() {
+  if (bench_.engine() == nullptr) return;
+  note_->show();
+  note_->setFocus();
+}
+
+void MainWindow::tell(const QString& text, const QString& detail, bool problem) {
+  banner_->show({problem ? Banner::Level::Problem : Banner::Level::Note, text, detail, {}, {}});
+}
+
+void MainWindow::applyLook() {
+  look::apply();
+  transport_->applyLook();
+  strip_->applyLook();
+  views_->applyLook();
+}
+
+void MainWindow::refreshTitle() {
+  const bool unsaved = bench_.recorder().unsaved();
+  setWindowTitle(QStringLiteral("%1[*] – OVKA").arg(documents_.name()));
+  setWindowModified(unsaved);
+}
+
+void MainWindow::tick() {
+  bench_.deliver();
+  showRequests();
+  if (bench_.recorder().tick()) {
+    banner_->show({Banner::Level::Care,
+                   QStringLiteral("The recording reached its maximum time and stands."),
+                   QStringLiteral("It is complete; the maximum time is chosen in Set-up."),
+                   {{QStringLiteral("Save"), [this] { documents_.save(); }}},
+                   QStringLiteral("end")});
+    documents_.refresh();
+  }
+  ++ticks_;
+  if (ticks_ % 3 == 0) {
+    transport_->refresh();
+    strip_->refresh();
+    refreshTitle();
+  }
+  scrub_->refresh();
+  if (ticks_ % 30 == 0) watch();
+}
+
+/// Who reached a button by the keyboard presses it with the space bar; it pauses everywhere else.
+bool MainWindow::event(QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride &&
+      static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space &&
+      (qobject_cast<QAbstractButton*>(focusWidget()) != nullptr ||
+       qobject_cast<QComboBox*>(focusWidget()) != nullptr)) {
+    event->accept();
+    return true;
+  }
+  return QMainWindow::event(event);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (closing_ || !bench_.recorder().unsaved()) {
+    keepWindow();
+    views_->leaveFullScreen();
+    event->accept();
+    QApplication::quit();
+    return;
+  }
+  event->ignore();
+  documents_.guard(QStringLiteral("the program ends"), [this] {
+    closing_ = true;
+    close();
+  });
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  const QList<QUrl> urls = event->mimeData()->urls();
+  if (urls.size() == 1 && urls.front().isLocalFile()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  event->acceptProposedAction();
+  openFile(event->mimeData()->urls().front().toLocalFile());
+}
+
+void MainWindow::restoreWindow() {
+  const QSettings settings;
+  if (!restoreGeometry(settings.value(QStringLiteral("window/geometry")).toByteArray())) {
+    const QSize room = screen()->availableSize();
+    resize(std::min(1440, room.width()), std::min(900, room.height()));
+  }
+  const QByteArray layout = settings.value(QStringLiteral("window/views")).toByteArray();
+  if (!layout.isEmpty() && !views_->restoreLayout(layout)) views_->arrangeDefault();
+  bench_.recorder().setLoop(settings.value(QStringLiteral("record/loop")).toBool());
+}
+
+void MainWindow::keepWindow() const {
+  QSettings settings;
+  settings.setValue(QStringLiteral("window/geometry"), saveGeometry());
+  settings.setValue(QStringLiteral("window/views"), views_->layout());
+  settings.setValue(QStringLiteral("record/loop"), bench_.recorder().loop());
+  storeDisplay();
+}
+
+}  // namespace ovka::desktop

@@ -1,0 +1,163 @@
+#include "Session.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "BufferVariables.h"
+#include "CaptureSettings.h"
+#include "PresetFile.h"
+#include "Print.h"
+
+namespace ovka::desktop {
+namespace {
+
+using std::chrono::nanoseconds;
+
+constexpr nanoseconds kReplayStep = std::chrono::milliseconds(10);
+/// A replay that fell behind (a long save) skips no time but catches up in pieces, so that the desk
+/// thread stays free for tasks.
+constexpr int kStepsAtOnce = 10;
+
+/// The value that the last assignment of a name gives.
+std::uint32_t assigned(const SourceChoice& choice, std::string_view name, std::uint32_t preset) {
+  std::uint32_t value = preset;
+  for (const std::string& setting : choice.settings) {
+    if (!setting.starts_with(name) || setting.size() <= name.size() || setting[name.size()] != '=')
+      continue;
+    std::uint32_t read = 0;
+    bool digits = setting.size() > name.size() + 1 && setting.size() < name.size() + 8;
+    for (const char letter : std::string_view(setting).substr(name.size() + 1)) {
+      digits = digits && letter >= '0' && letter <= '9';
+      if (digits) read = read * 10 + static_cast<std::uint32_t>(letter - '0');
+    }
+    if (digits) value = read;
+  }
+  return value;
+}
+
+}  // namespace
+
+Session::Session(SourceChoice choice, const DocumentMachine& documents, const MidiMachine* midi)
+    : choice_(std::move(choice)), documents_(documents), midi_(midi) {}
+
+Session::~Session() {
+  close(true);
+}
+
+std::string Session::open() {
+  std::string problem = choice_.kind == SourceChoice::Kind::Capture ? openReplay() : openLive();
+  if (!problem.empty()) return problem;
+  open_ = true;
+  applyDefaults();
+  // What is shown is not yet a recording: it goes round in the buffer until one is asked for.
+  if (choice_.acquires()) {
+    buffer::setLoopModeX = 1;
+    buffer::setRecModeX = kAcquiring;
+  }
+  return {};
+}
+
+std::string Session::openLive() {
+  LiveChoice live;
+  live.assignments = choice_.settings;
+  live.documents = &documents_;
+  live.midi = midi_;
+  if (choice_.kind == SourceChoice::Kind::Serial) live.ports = choice_.paths;
+  if (choice_.kind == SourceChoice::Kind::Demo) {
+    // The virtual amplifier and the chain must agree on what stands on the line.
+    live.demo = true;
+    SimulatorOptions& amplifier = live.amplifier;
+    amplifier.model = assigned(choice_, "SelectDevice", amplifier.model);
+    amplifier.config = assigned(choice_, "DeviceConfig", amplifier.config);
+    amplifier.samplesPerSecond = assigned(choice_, "SampleSpeed", amplifier.samplesPerSecond);
+    amplifier.oldBluetooth = assigned(choice_, "oldBluetooth", 0) == 1;
+    live.assignments.insert(
+        live.assignments.begin(),
+        {"SelectDevice=" + std::to_string(amplifier.model),
+         "DeviceConfig=" + std::to_string(amplifier.config),
+         "SampleSpeed=" + std::to_string(amplifier.samplesPerSecond), "FixedFramingX=1"});
+    choice_.settings = live.assignments;
+  }
+  live_ = std::make_unique<LiveSession>();
+  const LiveSession::Opened opened = live_->open(live);
+  if (opened.problem == LiveSession::Problem::None) return {};
+  live_->close();
+  return opened.explanation;
+}
+
+std::string Session::openReplay() {
+  replay_ = std::make_unique<ReplaySession>(space_, &documents_);
+  const ReplaySession::Opened opened = replay_->open(choice_.paths.front(), choice_.settings);
+  start_ = std::chrono::steady_clock::now();
+  return opened.problem == ReplaySession::Problem::None ? std::string() : opened.explanation;
+}
+
+/// Every channel is kept unless the user says otherwise; then the user's default preset, under what
+/// belongs to the source.
+void Session::applyDefaults() {
+  DocumentDesk& desk = *engine().documents();
+  desk.panel().SevDevConfig4();
+  if (!choice_.defaultPreset) return;
+  int missing = 0;
+  tookPreset_ = documents_.files.read(documents_.folders.resolve(presetPath(kDefaultPresetName)),
+                                      &missing) != nullptr;
+  DocumentError error;
+  if (tookPreset_ && !desk.panel().loadAtStart(true, &error))
+    documents_.dialogs.alert(error.description, error.detail.empty() ? error.reason : error.detail);
+  for (const std::string& setting : choice_.settings) {
+    if (const std::string problem = engine().assign(setting); !problem.empty())
+      Print("Error: %s.\n", problem.c_str());
+  }
+}
+
+void Session::close(bool keepJournal) {
+  if (!open_) return;
+  open_ = false;
+  if (live_) live_->close();
+  if (replay_) replay_->engine().stop();
+  if (!keepJournal) engine().documents()->journal().discard();
+}
+
+nanoseconds Session::step() {
+  if (!replay_ || !open_ || ended_) return std::chrono::hours(1);
+  for (int i = 0; i < kStepsAtOnce; ++i) {
+    const nanoseconds ahead = replay_->elapsed() - (std::chrono::steady_clock::now() - start_);
+    if (ahead > nanoseconds::zero()) return ahead;
+    if (replay_->step(kReplayStep)) continue;
+    ended_ = true;
+    break;
+  }
+  return nanoseconds::zero();
+}
+
+Engine& Session::engine() {
+  return replay_ ? replay_->engine() : live_->engine();
+}
+
+std::string Session::source() const {
+  switch (choice_.kind) {
+    case SourceChoice::Kind::None:
+      return "no input";
+    case SourceChoice::Kind::Demo:
+      return "virtual amplifier";
+    case SourceChoice::Kind::Serial:
+    case SourceChoice::Kind::Capture:
+      break;
+  }
+  return choice_.paths.empty() ? std::string() : choice_.paths.front();
+}
+
+std::vector<std::string> carriedSettings(Engine& engine, SourceChoice::Kind from) {
+  std::vector<std::string> settings;
+  for (const auto& [name, value] : captureSettings(engine, {})) {
+    // The demo's framing is no choice of the user's.
+    if (from == SourceChoice::Kind::Demo && name == "FixedFramingX") continue;
+    // The positions and the loop of what was shown belong to it alone.
+    if (name == "ploopStart" || name == "setLoopModeX") continue;
+    settings.push_back(name + "=" + value);
+  }
+  return settings;
+}
+
+}  // namespace ovka::desktop

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "DocumentDesk.h"
+#include "Engine.h"
+#include "LinuxAddressSpace.h"
+#include "LiveSession.h"
+#include "ReplaySession.h"
+
+namespace ovka::desktop {
+
+/// What a session gets its samples from.
+struct SourceChoice {
+  enum class Kind : std::uint8_t {
+    None,     ///< documents can be opened and played, nothing is acquired
+    Demo,     ///< the virtual amplifier
+    Serial,   ///< lines of ports 1 to 4
+    Capture,  ///< a capture file at the speed at which it was recorded
+  };
+  Kind kind = Kind::None;
+  std::vector<std::string> paths;     ///< the lines, or the capture file
+  std::vector<std::string> settings;  ///< "NAME=VALUE", each, in their order
+  bool defaultPreset = false;         ///< the default preset goes before the settings
+
+  [[nodiscard]] bool acquires() const { return kind != Kind::None; }
+};
+
+/// An engine and what feeds it. Made, opened, stepped and closed by one thread (the desk thread),
+/// which is the main thread of everything that is documents and presets.
+class Session {
+ public:
+  /// Both outlive it; `midi`: nullptr: nothing is played.
+  Session(SourceChoice choice, const DocumentMachine& documents, const MidiMachine* midi);
+  /// Closes, if that was not done.
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// Empty when open, else one line for a person.
+  [[nodiscard]] std::string open();
+  /// Ends the engine's threads; with `keepJournal` false the journal of what was acquired goes.
+  void close(bool keepJournal);
+
+  /// Moves a replay on to the present; how long nothing is due. A live session does so by itself.
+  [[nodiscard]] std::chrono::nanoseconds step();
+
+  [[nodiscard]] Engine& engine();
+  [[nodiscard]] const SourceChoice& choice() const { return choice_; }
+  /// For a person: a path, "virtual amplifier".
+  [[nodiscard]] std::string source() const;
+  /// Whether there was a default preset that was taken.
+  [[nodiscard]] bool tookPreset() const { return tookPreset_; }
+  /// The end of a capture was reached; `damage` is one line when that was before its end.
+  [[nodiscard]] bool ended() const { return ended_; }
+  [[nodiscard]] std::string damage() const { return replay_ ? replay_->damage() : std::string(); }
+
+ private:
+  [[nodiscard]] std::string openLive();
+  [[nodiscard]] std::string openReplay();
+  void applyDefaults();
+
+  SourceChoice choice_;
+  const DocumentMachine& documents_;
+  const MidiMachine* midi_;
+  LinuxAddressSpace space_;
+  std::unique_ptr<LiveSession> live_;
+  std::unique_ptr<ReplaySession> replay_;
+  std::chrono::steady_clock::time_point start_;
+  bool open_ = false;
+  bool ended_ = false;
+  bool tookPreset_ = false;
+};
+
+/// Settings of an engine that a session of another source is to go on with.
+[[nodiscard]] std::vector<std::string> carriedSettings(Engine& engine, SourceChoice::Kind from);
+
+}  // namespace ovka::desktop

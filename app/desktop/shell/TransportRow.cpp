@@ -1,0 +1,315 @@
+#include "TransportRow.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QStyle>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "BufferVariables.h"
+#include "LinuxSerialPorts.h"
+#include "Look.h"
+
+namespace ovka::desktop {
+namespace {
+
+/// What an entry of the source list stands for, beside its path.
+enum Entry { Demo, Port, Capture, Document, LookAgain };
+
+QPushButton* makeButton(const char* name, const QString& text, const QString& tip) {
+  auto* button = new QPushButton(text);
+  button->setObjectName(QLatin1String(name));
+  button->setToolTip(tip);
+  button->setAccessibleName(text);
+  button->setAccessibleDescription(tip);
+  button->setIconSize({20, 20});
+  button->setMinimumHeight(40);
+  // A click leaves the focus where it is, so that the space bar goes on meaning Pause.
+  button->setFocusPolicy(Qt::TabFocus);
+  return button;
+}
+
+}  // namespace
+
+QString stateText(RecordState state) {
+  switch (state) {
+    case RecordState::NoInput:
+      return QStringLiteral("No input");
+    case RecordState::Live:
+      return QStringLiteral("Live, not recording");
+    case RecordState::Recording:
+      return QStringLiteral("Recording");
+    case RecordState::Paused:
+      return QStringLiteral("Paused");
+    case RecordState::Review:
+      return QStringLiteral("Stopped");
+    case RecordState::Playing:
+      return QStringLiteral("Playing");
+  }
+  return {};
+}
+
+TransportRow::TransportRow(Workbench& bench, QWidget* parent)
+    : QWidget(parent),
+      bench_(bench),
+      sources_(new QComboBox),
+      start_(new QPushButton(QStringLiteral("Start"))),
+      state_(new QLabel),
+      clock_(new QLabel),
+      left_(new QLabel),
+      light_(new QLabel(QStringLiteral("MIDI"))) {
+  auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(16, 10, 16, 10);
+  row->setSpacing(2 * look::kGrid);
+  row->addWidget(makeSource());
+  row->addStretch(1);
+  row->addWidget(makeButtons());
+  row->addWidget(makeClock());
+  row->addStretch(1);
+  light_->setAccessibleName(QStringLiteral("MIDI activity"));
+  light_->hide();
+  row->addWidget(light_);
+  panic_ = makeButton("panic", QStringLiteral("Panic"),
+                      QStringLiteral("Silences every sounding note at once (Ctrl+.)."));
+  connect(panic_, &QPushButton::clicked, this, &TransportRow::panicPressed);
+  row->addWidget(panic_);
+  listSources();
+  applyLook();
+}
+
+QWidget* TransportRow::makeSource() {
+  auto* part = new QWidget;
+  auto* row = new QHBoxLayout(part);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(look::kGrid);
+  sources_->setObjectName(QStringLiteral("source"));
+  sources_->setAccessibleName(QStringLiteral("Source"));
+  sources_->setToolTip(QStringLiteral("Where the samples come from."));
+  sources_->setMinimumHeight(30);
+  sources_->setMinimumWidth(210);
+  sources_->setMaximumWidth(280);
+  sources_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  start_->setObjectName(QStringLiteral("start"));
+  start_->setMinimumHeight(40);
+  start_->setFocusPolicy(Qt::TabFocus);
+  sources_->setFocusPolicy(Qt::TabFocus);
+  start_->setToolTip(QStringLiteral("Acquires from the chosen source."));
+  connect(start_, &QPushButton::clicked, this, [this] { chooseSource(sources_->currentIndex()); });
+  connect(sources_, &QComboBox::activated, this, [this](int index) {
+    // Entries that only open something do so at once; sources wait for Start.
+    if (sources_->itemData(index).toInt() >= Capture) chooseSource(index);
+  });
+  row->addWidget(sources_);
+  row->addWidget(start_);
+  return part;
+}
+
+void TransportRow::listSources() {
+  const QSignalBlocker quiet(sources_);
+  sources_->clear();
+  const auto add = [this](const QString& text, Entry kind, const QString& path = {}) {
+    sources_->addItem(text, kind);
+    sources_->setItemData(sources_->count() - 1, path, Qt::UserRole + 1);
+    if (!path.isEmpty()) sources_->setItemData(sources_->count() - 1, path, Qt::ToolTipRole);
+  };
+  add(QStringLiteral("Demo: virtual amplifier"), Demo);
+  LinuxSerialPorts serial;
+  for (const SerialDevice& device : serial.devices(nullptr))
+    add(QString::fromStdString(device.name), Port, QString::fromStdString(device.path));
+  const SourceChoice& now = bench_.source();
+  if (now.kind == SourceChoice::Kind::Capture && !now.paths.empty())
+    add(bench_.sourceText().section(QLatin1Char('/'), -1), Capture, bench_.sourceText());
+  if (now.kind == SourceChoice::Kind::Serial && !now.paths.empty() &&
+      sources_->findData(bench_.sourceText(), Qt::UserRole + 1) < 0)
+    add(bench_.sourceText(), Port, bench_.sourceText());
+  sources_->insertSeparator(sources_->count());
+  add(QStringLiteral("Open a capture …"), Capture);
+  add(QStringLiteral("Open a document …"), Document);
+  add(QStringLiteral("Look for ports again"), LookAgain);
+  const int present =
+      now.paths.empty() ? 0 : sources_->findData(bench_.sourceText(), Qt::UserRole + 1);
+  sources_->setCurrentIndex(std::max(present, 0));
+}
+
+void TransportRow::chooseSource(int index) {
+  const QString path = sources_->itemData(index, Qt::UserRole + 1).toString();
+  const int kind = sources_->itemData(index).toInt();
+  if (kind == LookAgain) {
+    listSources();
+  } else if (kind == Document) {
+    listSources();
+    Q_EMIT documentWanted();
+  } else if (kind == Capture && path.isEmpty()) {
+    listSources();
+    Q_EMIT captureWanted();
+  } else {
+    SourceChoice choice;
+    choice.kind = kind == Demo   ? SourceChoice::Kind::Demo
+                  : kind == Port ? SourceChoice::Kind::Serial
+                                 : SourceChoice::Kind::Capture;
+    if (!path.isEmpty()) choice.paths = {path.toStdString()};
+    Q_EMIT sourceChosen(choice);
+  }
+}
+
+QWidget* TransportRow::makeButtons() {
+  auto* part = new QWidget;
+  auto* row = new QHBoxLayout(part);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(look::kGrid);
+  record_ = makeButton("record", QStringLiteral("Record"),
+                       QStringLiteral("Begins a new recording, or ends the running one (Ctrl+R)."));
+  record_->setCheckable(true);
+  record_->setMinimumWidth(112);
+  pause_ =
+      makeButton("pause", QStringLiteral("Pause"),
+                 QStringLiteral("Holds the recording; samples meanwhile are not kept (Space)."));
+  pause_->setMinimumWidth(96);
+  loop_ = makeButton("loop", QStringLiteral("Loop"),
+                     QStringLiteral("At the maximum time the recording goes on from its start and "
+                                    "keeps the newest stretch; playing begins again at its end."));
+  loop_->setCheckable(true);
+  live_ = makeButton("live", QStringLiteral("Live"),
+                     QStringLiteral("Back from a recording to the living signal."));
+  connect(record_, &QPushButton::clicked, this, [this] {
+    refresh();  // what it shows is the recorder's, not the click's
+    Q_EMIT recordPressed();
+  });
+  connect(pause_, &QPushButton::clicked, this, &TransportRow::pausePressed);
+  connect(loop_, &QPushButton::clicked, this, [this](bool on) { bench_.recorder().setLoop(on); });
+  connect(live_, &QPushButton::clicked, this, &TransportRow::livePressed);
+  for (QPushButton* button : {record_, pause_, loop_, live_}) row->addWidget(button);
+  return part;
+}
+
+QWidget* TransportRow::makeClock() {
+  auto* part = new QWidget;
+  auto* row = new QHBoxLayout(part);
+  row->setContentsMargins(look::kGrid, 0, 0, 0);
+  row->setSpacing(2 * look::kGrid);
+  clock_->setObjectName(QStringLiteral("clock"));
+  clock_->setFont(look::font(look::Type::Figure));
+  clock_->setAccessibleName(QStringLiteral("Elapsed time"));
+  clock_->setMinimumWidth(clock_->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00")));
+  clock_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  state_->setObjectName(QStringLiteral("state"));
+  state_->setFont(look::font(look::Type::Strong));
+  left_->setObjectName(QStringLiteral("left"));
+  left_->setProperty("quiet", true);
+  left_->setMinimumWidth(
+      left_->fontMetrics().horizontalAdvance(QStringLiteral("Live, not recording  ")));
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(0);
+  texts->addWidget(state_);
+  texts->addWidget(left_);
+  row->addWidget(clock_);
+  row->addLayout(texts);
+  return part;
+}
+
+void TransportRow::applyLook() {
+  dressed_ = false;
+  panic_->setFont(look::font(look::Type::Strong));
+  refresh();
+}
+
+void TransportRow::refresh() {
+  const RecordState state = bench_.recorder().state();
+  if (state != shown_ || !dressed_) refreshButtons(state);
+  const bool busy = bench_.opening();
+  start_->setEnabled(!busy);
+  start_->setText(busy ? QStringLiteral("Starting …") : QStringLiteral("Start"));
+  loop_->setChecked(bench_.recorder().loop());
+  refreshClock(state);
+  refreshLight();
+  shown_ = state;
+  dressed_ = true;
+}
+
+void TransportRow::refreshButtons(RecordState state) {
+  const Theme theme = look::theme();
+  const look::Colors colors = look::colors(theme);
+  const bool running = state == RecordState::Recording || state == RecordState::Paused;
+  record_->setChecked(running);
+  record_->setText(running ? QStringLiteral("Stop") : QStringLiteral("Record"));
+  record_->setIcon(look::icon(running ? QStringLiteral("stop") : QStringLiteral("record"),
+                              running ? QColor(Qt::white) : colors.record));
+  record_->setEnabled(bench_.recorder().acquires());
+  const bool standing = state == RecordState::Review || state == RecordState::Playing;
+  const bool goesOn = state == RecordState::Paused || state == RecordState::Review;
+  pause_->setEnabled(running || standing);
+  pause_->setText(state == RecordState::Paused   ? QStringLiteral("Resume")
+                  : state == RecordState::Review ? QStringLiteral("Play")
+                                                 : QStringLiteral("Pause"));
+  pause_->setIcon(
+      look::icon(goesOn ? QStringLiteral("play") : QStringLiteral("pause"), theme.text));
+  pause_->setAccessibleName(pause_->text());
+  loop_->setIcon(look::icon(QStringLiteral("loop"), theme.text));
+  live_->setIcon(look::icon(QStringLiteral("live"), theme.text));
+  live_->setVisible(standing && bench_.recorder().acquires());
+  QPalette palette = state_->palette();
+  palette.setColor(QPalette::WindowText, state == RecordState::Recording ? colors.record
+                                         : state == RecordState::Paused  ? colors.warn
+                                         : state == RecordState::Live    ? colors.good
+                                                                         : theme.text);
+  state_->setPalette(palette);
+  state_->setStyleSheet(
+      QStringLiteral("color: %1").arg(palette.color(QPalette::WindowText).name()));
+  state_->setText(state == RecordState::Live ? QStringLiteral("Live") : stateText(state));
+}
+
+void TransportRow::refreshClock(RecordState state) {
+  const Recorder& recorder = bench_.recorder();
+  const auto speed = static_cast<double>(buffer::SampleSpeed.get());
+  QString text;
+  QString left;
+  switch (state) {
+    case RecordState::NoInput:
+      text = QStringLiteral("–:––:––");
+      break;
+    case RecordState::Live:
+      text = clockText(0);
+      left = QStringLiteral("not recording");
+      break;
+    case RecordState::Recording:
+    case RecordState::Paused:
+      text = clockText(recorder.seconds());
+      left = recorder.loop() ? QStringLiteral("goes round")
+                             : QStringLiteral("%1 left").arg(clockText(recorder.secondsLeft()));
+      break;
+    case RecordState::Review:
+    case RecordState::Playing:
+      text = clockText(static_cast<double>(buffer::ploop - recorder.start()) / speed);
+      left = QStringLiteral("of %1").arg(clockText(recorder.seconds()));
+      break;
+  }
+  if (clock_->text() != text) clock_->setText(text);
+  if (left_->text() != left) left_->setText(left);
+}
+
+void TransportRow::setMidiCounter(std::function<std::uint64_t()> counter) {
+  midi_ = std::move(counter);
+  midiSeen_ = midi_ ? midi_() : 0;
+  midiGlow_ = 0;
+  light_->setVisible(static_cast<bool>(midi_));
+}
+
+void TransportRow::refreshLight() {
+  if (!midi_) return;
+  const std::uint64_t now = midi_();
+  // A message glows for about a third of a second.
+  midiGlow_ = now != midiSeen_ ? 4 : std::max(midiGlow_ - 1, 0);
+  midiSeen_ = now;
+  const Theme theme = look::theme();
+  const look::Colors colors = look::colors(theme);
+  light_->setStyleSheet(
+      QStringLiteral("padding: 6px 10px; border-radius: 6px; font-weight: 600; color: %1; "
+                     "background: %2; border: 1px solid %3")
+          .arg((midiGlow_ > 0 ? colors.onAccent : theme.quietText).name(),
+               (midiGlow_ > 0 ? colors.good : theme.plot).name(), colors.line.name()));
+}
+
+}  // namespace ovka::desktop

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+#include <functional>
+
+#include "Workbench.h"
+
+class QComboBox;
+class QLabel;
+class QPushButton;
+
+namespace ovka::desktop {
+
+/// The row that is always in sight: where the samples come from, recording, pausing and looping,
+/// the time, and Panic. The GUI thread.
+class TransportRow final : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit TransportRow(Workbench& bench, QWidget* parent = nullptr);
+
+  /// Shows what is the case now.
+  void refresh();
+  /// Lists the sources anew; the present one stays chosen.
+  void listSources();
+  /// Counts the messages sent; without it the light is hidden.
+  void setMidiCounter(std::function<std::uint64_t()> counter);
+  /// Takes over the colours of the theme.
+  void applyLook();
+
+ Q_SIGNALS:
+  void sourceChosen(const ovka::desktop::SourceChoice& choice);
+  void captureWanted();
+  void documentWanted();
+  void recordPressed();
+  void pausePressed();
+  void livePressed();
+  void panicPressed();
+
+ private:
+  void chooseSource(int index);
+  [[nodiscard]] QWidget* makeSource();
+  [[nodiscard]] QWidget* makeButtons();
+  [[nodiscard]] QWidget* makeClock();
+  void refreshButtons(RecordState state);
+  void refreshClock(RecordState state);
+  void refreshLight();
+
+  Workbench& bench_;
+  QComboBox* sources_;
+  QPushButton* start_;
+  QPushButton* record_;
+  QPushButton* pause_;
+  QPushButton* loop_;
+  QPushButton* live_;
+  QPushButton* panic_;
+  QLabel* state_;
+  QLabel* clock_;
+  QLabel* left_;
+  QLabel* light_;
+  std::function<std::uint64_t()> midi_;
+  std::uint64_t midiSeen_ = 0;
+  int midiGlow_ = 0;
+  RecordState shown_ = RecordState::NoInput;
+  bool dressed_ = false;
+};
+
+/// "Recording"; a word for a person.
+[[nodiscard]] QString stateText(RecordState state);
+
+}  // namespace ovka::desktop

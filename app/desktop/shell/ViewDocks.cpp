@@ -1,0 +1,265 @@
+#include "ViewDocks.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QScreen>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <QWindow>
+#include <utility>
+
+#include "Look.h"
+
+namespace ovka::desktop {
+namespace {
+
+ViewKind kindOf(std::size_t index) {
+  return static_cast<ViewKind>(index);
+}
+
+QToolButton* titleButton(const char* sign, const QString& name) {
+  auto* button = new QToolButton;
+  button->setProperty("sign", QLatin1String(sign));
+  button->setToolTip(name);
+  button->setAccessibleName(name);
+  button->setAutoRaise(true);
+  button->setFocusPolicy(Qt::TabFocus);
+  return button;
+}
+
+/// A view's title: its name and buttons always, its controls where there is room; the view's menu
+/// has them all.
+class Title final : public QWidget {
+ public:
+  Title(View& view, const QList<QToolButton*>& buttons) {
+    setObjectName(QStringLiteral("dockTitle"));
+    setAttribute(Qt::WA_StyledBackground);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(12, 4, 6, 4);
+    row->setSpacing(4);
+    name_ = new QLabel(view.title());
+    name_->setFont(look::font(look::Type::Strong));
+    row->addWidget(name_);
+    row->addStretch(1);
+    controls_ = view.makeControls(this);
+    row->addWidget(controls_);
+    row->addSpacing(look::kGrid);
+    for (QToolButton* button : buttons) row->addWidget(button);
+    buttons_ = static_cast<int>(buttons.size()) * 36;
+  }
+
+  [[nodiscard]] QSize minimumSizeHint() const override {
+    return {name_->sizeHint().width() + buttons_ + 2 * look::kGrid,
+            QWidget::minimumSizeHint().height()};
+  }
+
+ protected:
+  /// What does not fit goes, lists from the last one on, then everything.
+  void resizeEvent(QResizeEvent* event) override {
+    QWidget::resizeEvent(event);
+    QList<QComboBox*> lists = controls_->findChildren<QComboBox*>();
+    for (QComboBox* list : lists) list->show();
+    const int room = width() - minimumSizeHint().width() - 2 * look::kGrid;
+    while (!lists.isEmpty() && controls_->sizeHint().width() > room) {
+      lists.takeLast()->hide();
+      controls_->layout()->invalidate();
+    }
+    controls_->setVisible(controls_->sizeHint().width() <= room);
+  }
+
+ private:
+  QLabel* name_;
+  QWidget* controls_;
+  int buttons_ = 0;
+};
+
+}  // namespace
+
+ViewDocks::ViewDocks(Workbench& bench, QWidget* parent) : QMainWindow(parent), bench_(bench) {
+  // As part of the window, not as a window of its own.
+  setWindowFlags(Qt::Widget);
+  setObjectName(QStringLiteral("views"));
+  setDockNestingEnabled(true);
+  setDockOptions(AllowNestedDocks | AllowTabbedDocks);
+  setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
+  for (std::size_t i = 0; i < display::kViewKinds; ++i) {
+    View* view = makeView(kindOf(i), bench_.feed());
+    auto* dock = new QDockWidget(viewTitle(kindOf(i)));
+    dock->setObjectName(QStringLiteral("view%1").arg(i));
+    view->setAccessibleName(viewTitle(kindOf(i)));
+    view->setFocusPolicy(Qt::StrongFocus);
+    views_[i] = view;
+    docks_[i] = dock;
+    dock->setTitleBarWidget(makeTitle(kindOf(i)));
+    dock->setWidget(view);
+    connect(dock, &QDockWidget::visibilityChanged, this,
+            [this, kind = kindOf(i)](bool visible) { noteVisible(kind, visible); });
+  }
+  connect(&bench_.feed(), &Feed::settingsBrought, this, &ViewDocks::takeBrought);
+  arrangeDefault();
+  applyLook();
+}
+
+ViewDocks::~ViewDocks() {
+  leaveFullScreen();
+}
+
+QWidget* ViewDocks::makeTitle(ViewKind kind) {
+  QToolButton* full = titleButton("full", QStringLiteral("Full screen"));
+  QToolButton* detach = titleButton("detach", QStringLiteral("Detach or dock"));
+  QToolButton* close = titleButton("close", QStringLiteral("Close the view"));
+  connect(full, &QToolButton::clicked, this, [this, kind] { showFullScreen(kind); });
+  connect(detach, &QToolButton::clicked, this,
+          [this, kind] { dock(kind).setFloating(!dock(kind).isFloating()); });
+  connect(close, &QToolButton::clicked, this, [this, kind] { dock(kind).close(); });
+  return new Title(view(kind), {full, detach, close});
+}
+
+void ViewDocks::arrangeDefault() {
+  leaveFullScreen();
+  for (QDockWidget* each : docks_) {
+    each->setFloating(false);
+    removeDockWidget(each);
+  }
+  using K = ViewKind;
+  addDockWidget(Qt::LeftDockWidgetArea, &dock(K::RawWave));
+  splitDockWidget(&dock(K::RawWave), &dock(K::Spectrum), Qt::Horizontal);
+  splitDockWidget(&dock(K::RawWave), &dock(K::Waterfall), Qt::Vertical);
+  splitDockWidget(&dock(K::Spectrum), &dock(K::BarGraph), Qt::Vertical);
+  // The others wait behind the one that they resemble.
+  tabifyDockWidget(&dock(K::Spectrum), &dock(K::EEGSpectrum));
+  tabifyDockWidget(&dock(K::Waterfall), &dock(K::Spectrum3D));
+  tabifyDockWidget(&dock(K::RawWave), &dock(K::Newave));
+  for (const K kind : {K::RawWave, K::Spectrum, K::Waterfall, K::BarGraph}) dock(kind).show();
+  for (const K kind : {K::EEGSpectrum, K::Spectrum3D, K::Newave}) dock(kind).hide();
+  resizeDocks({&dock(K::RawWave), &dock(K::Spectrum)}, {10, 10}, Qt::Horizontal);
+  resizeDocks({&dock(K::RawWave), &dock(K::Waterfall)}, {11, 9}, Qt::Vertical);
+}
+
+void ViewDocks::noteVisible(ViewKind kind, bool visible) {
+  display::window(kind).open = visible ? 1 : 0;
+}
+
+/// A document or preset says which windows were open; one that says nothing changes nothing.
+void ViewDocks::takeBrought() {
+  bool any = false;
+  for (std::size_t i = 0; i < display::kViewKinds; ++i)
+    any = any || display::window(kindOf(i)).open != 0;
+  if (!any) return;
+  for (std::size_t i = 0; i < display::kViewKinds; ++i) {
+    const bool open = display::window(kindOf(i)).open != 0;
+    if (docks_[i]->isHidden() == open) docks_[i]->setVisible(open);
+  }
+}
+
+ViewKind ViewDocks::chosen() const {
+  for (std::size_t i = 0; i < views_.size(); ++i) {
+    if (views_[i]->hasFocus()) return kindOf(i);
+  }
+  for (std::size_t i = 0; i < views_.size(); ++i) {
+    if (docks_[i]->isVisible()) return kindOf(i);
+  }
+  return ViewKind::RawWave;
+}
+
+void ViewDocks::showFullScreen(ViewKind kind, int screen) {
+  leaveFullScreen();
+  const QList<QScreen*> screens = QGuiApplication::screens();
+  stage_ = new QWidget(nullptr, Qt::Window);
+  stage_->setObjectName(QStringLiteral("stage"));
+  stage_->setWindowTitle(viewTitle(kind));
+  stage_->setWindowIcon(look::appIcon());
+  auto* column = new QVBoxLayout(stage_);
+  column->setContentsMargins(0, 0, 0, 0);
+  staged_ = kind;
+  // The dock keeps its place while its view is away.
+  auto* absent = new QLabel(QStringLiteral("On full screen; Escape brings it back."));
+  absent->setAlignment(Qt::AlignCenter);
+  dock(kind).setWidget(absent);
+  column->addWidget(&view(kind));
+  view(kind).show();
+  stage_->installEventFilter(this);
+  view(kind).installEventFilter(this);
+  if (screen >= 0 && screen < screens.size())
+    stage_->setGeometry(screens[screen]->geometry());
+  else
+    stage_->setGeometry(this->screen()->geometry());
+  stage_->showFullScreen();
+  view(kind).setFocus();
+}
+
+void ViewDocks::leaveFullScreen() {
+  if (stage_ == nullptr) return;
+  QWidget* stage = std::exchange(stage_, nullptr);
+  view(staged_).removeEventFilter(this);
+  QWidget* absent = dock(staged_).widget();
+  dock(staged_).setWidget(&view(staged_));
+  view(staged_).show();
+  if (absent != &view(staged_)) absent->deleteLater();
+  stage->removeEventFilter(this);
+  stage->hide();
+  stage->deleteLater();
+}
+
+bool ViewDocks::eventFilter(QObject* watched, QEvent* event) {
+  if (stage_ != nullptr && event->type() == QEvent::KeyPress) {
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key == Qt::Key_Escape || key == Qt::Key_F11) {
+      leaveFullScreen();
+      return true;
+    }
+  }
+  if (watched == stage_ && event->type() == QEvent::Close) {
+    leaveFullScreen();
+    return true;
+  }
+  return QMainWindow::eventFilter(watched, event);
+}
+
+void ViewDocks::fillMenu(QMenu& menu) {
+  for (std::size_t i = 0; i < display::kViewKinds; ++i) {
+    QAction* action = docks_[i]->toggleViewAction();
+    action->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(i + 1)));
+    action->setShortcutContext(Qt::ApplicationShortcut);
+    menu.addAction(action);
+  }
+  menu.addSeparator();
+  QAction* full = menu.addAction(QStringLiteral("Full screen"));
+  full->setShortcut(QKeySequence(Qt::Key_F11));
+  connect(full, &QAction::triggered, this, [this] {
+    if (stage_ != nullptr)
+      leaveFullScreen();
+    else
+      showFullScreen(chosen());
+  });
+  QMenu* screens = menu.addMenu(QStringLiteral("Full screen on"));
+  connect(screens, &QMenu::aboutToShow, this, [this, screens] {
+    screens->clear();
+    const QList<QScreen*> all = QGuiApplication::screens();
+    for (int i = 0; i < all.size(); ++i) {
+      screens->addAction(QStringLiteral("%1: %2").arg(i + 1).arg(all[i]->name()), this,
+                         [this, i] { showFullScreen(chosen(), i); });
+    }
+  });
+  menu.addAction(QStringLiteral("Detach or dock the view"), this,
+                 [this] { dock(chosen()).setFloating(!dock(chosen()).isFloating()); });
+  menu.addAction(QStringLiteral("Standard arrangement"), this, &ViewDocks::arrangeDefault);
+}
+
+void ViewDocks::applyLook() {
+  const QColor color = look::theme().quietText;
+  for (QToolButton* button : findChildren<QToolButton*>()) {
+    const QString sign = button->property("sign").toString();
+    if (!sign.isEmpty()) button->setIcon(look::icon(sign, color));
+  }
+  // Their controls wear the colours of the theme.
+  for (View* each : views_) Q_EMIT each->choiceChanged();
+}
+
+}  // namespace ovka::desktop

@@ -1,0 +1,114 @@
+#include "Workbench.h"
+
+#include <memory>
+#include <utility>
+
+#include "DisplayMemory.h"
+
+namespace ovka::desktop {
+
+Workbench::Workbench(const Folders& folders, const MidiMachine* midi)
+    : folders_(folders), machine_(machineOf()), desk_(machine_, midi) {}
+
+Workbench::~Workbench() {
+  const bool keep = recorder_.keepsJournal();
+  detach();
+  dialogs_.shutDown();
+  desk_.post([this, keep] { desk_.close(keep); });
+}
+
+DocumentMachine Workbench::machineOf() {
+  DocumentMachine machine{files_, locks_, folders_, facts_, dialogs_, true, true, {}};
+  machine.progress = [this](std::uint64_t done, std::uint64_t total) {
+    // A second round over the file begins to change what is in memory.
+    if (done < progress_.done) progress_.cancellable = false;
+    progress_.done = done;
+    progress_.total = total;
+    if (progress_.cancel && progress_.cancellable && desk_.isHere()) throw Cancelled{};
+  };
+  return machine;
+}
+
+void Workbench::detach() {
+  feed_.setEngine(nullptr);
+  recorder_.attach(nullptr, false);
+  engine_ = nullptr;
+  Q_EMIT engineChanged();
+}
+
+void Workbench::openSource(SourceChoice choice, const std::function<void(const QString&)>& done) {
+  const bool keepJournal = recorder_.keepsJournal();
+  const SourceChoice::Kind from = source_.kind;
+  choice.defaultPreset = std::exchange(first_, false);
+  const DisplayMemory display = choice.defaultPreset ? storedDisplay() : keepDisplay();
+  opening_ = true;
+  detach();
+  struct Result {
+    std::string problem;
+    std::string source;
+    SourceChoice choice;
+    Engine* engine = nullptr;
+    bool preset = false;
+  };
+  const auto result = std::make_shared<Result>();
+  desk_.post(
+      [this, choice = std::move(choice), keepJournal, from, result]() mutable {
+        if (Session* before = desk_.session();
+            before != nullptr && choice.kind != SourceChoice::Kind::Capture) {
+          std::vector<std::string> settings = carriedSettings(before->engine(), from);
+          settings.insert(settings.end(), choice.settings.begin(), choice.settings.end());
+          choice.settings = std::move(settings);
+        }
+        result->problem = desk_.open(choice, keepJournal);
+        if (Session* now = desk_.session()) {
+          result->engine = &now->engine();
+          result->source = now->source();
+          result->choice = now->choice();
+          result->preset = now->tookPreset();
+        }
+      },
+      [this, result, display, done] {
+        opening_ = false;
+        engine_ = result->engine;
+        source_ = result->choice;
+        sourceText_ = QString::fromStdString(result->source);
+        // What the user's preset says of the views goes before what they were.
+        if (!result->preset) bringDisplay(display);
+        recorder_.attach(engine_, source_.acquires());
+        feed_.setEngine(engine_);
+        Q_EMIT engineChanged();
+        if (done) done(QString::fromStdString(result->problem));
+      });
+}
+
+void Workbench::assign(const QString& nameAndValue) {
+  if (engine_ == nullptr) return;
+  Engine* engine = engine_;
+  const auto problem = std::make_shared<std::string>();
+  desk_.post(
+      [engine, problem, text = nameAndValue.toStdString()] { *problem = engine->assign(text); },
+      [this, problem, nameAndValue] {
+        if (!problem->empty())
+          Q_EMIT this->problem(QStringLiteral("A setting was not taken."),
+                               QString::fromStdString(*problem));
+        Q_EMIT changed(nameAndValue.section(QLatin1Char('='), 0, 0));
+      });
+}
+
+void Workbench::perform(const std::string& selector, std::int32_t sender,
+                        const std::function<void()>& done) {
+  if (engine_ == nullptr) return;
+  Engine* engine = engine_;
+  desk_.post([engine, selector,
+              sender] { static_cast<void>(engine->actions().perform(selector, sender)); },
+             [this, selector, done] {
+               if (done) done();
+               Q_EMIT changed(QString::fromStdString(selector));
+             });
+}
+
+void Workbench::deliver() {
+  desk_.deliver();
+}
+
+}  // namespace ovka::desktop

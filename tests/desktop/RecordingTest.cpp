@@ -1,0 +1,203 @@
+#include <doctest/doctest.h>
+
+#include "BufferVariables.h"
+#include "SetupWindow.h"
+#include "ShellFixture.h"
+
+using namespace ovka;
+using namespace ovka::desktop;
+using ovka::testing::ShellFixture;
+
+namespace {
+
+struct RowButtons {
+  explicit RowButtons(ShellFixture& shell)
+      : record(shell.window.findChild<QPushButton*>("record")),
+        pause(shell.window.findChild<QPushButton*>("pause")),
+        live(shell.window.findChild<QPushButton*>("live")) {}
+  QPushButton* record;
+  QPushButton* pause;
+  QPushButton* live;
+};
+
+bool reaches(ShellFixture& shell, RecordState state) {
+  return shell.waitFor([&] { return shell.bench.recorder().state() == state; }) && shell.settle();
+}
+
+/// Names of the journals on the disk.
+std::vector<std::string> journals(ShellFixture& shell) {
+  int error = 0;
+  std::vector<std::string> names =
+      shell.bench.files().list(shell.folders.resolve(std::string(kJournalFolder)), &error);
+  std::erase_if(names, [](const std::string& name) { return !name.ends_with(kJournalEnding); });
+  return names;
+}
+
+/// Records until there are some samples.
+bool recordSome(ShellFixture& shell) {
+  RowButtons row(shell);
+  if (!shell.waitFor([&] { return row.record->isEnabled(); })) return false;
+  row.record->click();
+  return reaches(shell, RecordState::Recording) &&
+         shell.waitFor([&] { return buffer::ploop > 60; });
+}
+
+}  // namespace
+
+TEST_CASE("the row of recording: live, record, pause, stop, play, live") {
+  ShellFixture shell(SourceChoice::Kind::Demo);
+  Recorder& recorder = shell.bench.recorder();
+  RowButtons row(shell);
+  REQUIRE(reaches(shell, RecordState::Live));
+  CHECK_FALSE(row.pause->isEnabled());
+  CHECK_FALSE(recorder.unsaved());
+  REQUIRE(shell.waitFor([] { return buffer::ploop > 0; }));
+
+  REQUIRE(recordSome(shell));
+  QTest::qWait(200);
+  CHECK(row.record->text() == "Stop");
+  CHECK(recorder.unsaved());
+  CHECK(buffer::setLoopModeX == 0);
+
+  row.pause->click();
+  REQUIRE(reaches(shell, RecordState::Paused));
+  const std::int64_t held = buffer::ploop;
+  QTest::qWait(300);
+  CHECK(buffer::ploop == held);
+  CHECK(row.pause->text() == "Resume");
+  row.pause->click();
+  REQUIRE(shell.waitFor([&] { return buffer::ploop > held; }));
+
+  row.record->click();
+  REQUIRE(reaches(shell, RecordState::Review));
+  const std::int64_t end = recorder.end();
+  QTest::qWait(200);
+  CHECK(buffer::ploop == end);
+  CHECK(row.pause->text() == "Play");
+  recorder.seek(end / 2);
+  REQUIRE(shell.waitFor([&] { return buffer::ploop == end / 2; }));
+  CHECK(recorder.end() == end);
+  row.pause->click();
+  REQUIRE(reaches(shell, RecordState::Playing));
+  REQUIRE(reaches(shell, RecordState::Review));  // at its end it stands again
+  CHECK(shell.waitFor([&] { return buffer::ploop == end; }));
+
+  // Nothing but the answer lets an unsaved recording go.
+  row.live->click();
+  REQUIRE(shell.press("unsaved", "Cancel"));
+  CHECK(recorder.state() == RecordState::Review);
+  CHECK(recorder.end() == end);
+  row.live->click();
+  REQUIRE(shell.press("unsaved", "Discard"));
+  REQUIRE(reaches(shell, RecordState::Live));
+  CHECK_FALSE(recorder.unsaved());
+  CHECK(shell.waitFor([] { return buffer::ploop > 0; }));
+}
+
+TEST_CASE("the question about an unsaved recording: cancel, save, discard") {
+  ShellFixture shell(SourceChoice::Kind::Demo);
+  REQUIRE(reaches(shell, RecordState::Live));
+  REQUIRE(recordSome(shell));
+  const QString path = QString::fromStdString(shell.folder.at("kept.ovkanote"));
+  shell.window.documents().saveTo(path);
+  REQUIRE(shell.settle());
+  CHECK(shell.window.documents().path() == path);
+  const std::int64_t saved = buffer::ploop;
+  REQUIRE(shell.waitFor([&] { return buffer::ploop > saved + 30; }));
+  RowButtons(shell).record->click();
+  REQUIRE(reaches(shell, RecordState::Review));
+  CHECK(shell.bench.recorder().unsaved());  // it went on after the save
+  const std::int64_t end = shell.bench.recorder().end();
+  shell.bench.recorder().seek(1);
+
+  shell.window.show();
+  shell.window.close();
+  REQUIRE(shell.press("unsaved", "Cancel"));
+  CHECK(shell.window.isVisible());
+  shell.window.close();
+  REQUIRE(shell.press("unsaved", "Save"));
+  REQUIRE(shell.settle());
+  CHECK(shell.waitFor([&] { return !shell.window.isVisible(); }));
+  CHECK_FALSE(shell.bench.recorder().unsaved());
+
+  // The document holds all of it, although it was played only to the first point.
+  shell.window.documents().newDocument();
+  REQUIRE(shell.settle());
+  shell.window.documents().open(path);
+  REQUIRE(shell.settle());
+  REQUIRE(reaches(shell, RecordState::Review));
+  CHECK(shell.bench.recorder().end() == end);
+  CHECK_FALSE(shell.bench.recorder().unsaved());
+  // Neither what was saved nor what was only looked at waits to be recovered.
+  CHECK(journals(shell).empty());
+
+  // A note is a change, and another source asks before it takes the place.
+  shell.bench.engine()->annotations().add("here");
+  SourceChoice demo;
+  demo.kind = SourceChoice::Kind::Demo;
+  shell.window.useSource(demo);
+  REQUIRE(shell.press("unsaved", "Discard"));
+  REQUIRE(shell.settle());
+  CHECK(reaches(shell, RecordState::Live));
+}
+
+TEST_CASE("a save that is cancelled leaves the old document and the recording") {
+  ShellFixture shell(SourceChoice::Kind::None);
+  Engine& engine = *shell.bench.engine();
+  for (std::int64_t point = 0; point < 400'000; ++point)
+    engine.store().putIntToBuffer(1, point, point);
+  buffer::ploop = 400'000;
+  shell.bench.recorder().noteOpened(true);
+  const std::string path = shell.folder.at("old.ovkanote");
+  std::ofstream(path) << "old";
+  shell.window.documents().saveTo(QString::fromStdString(path));
+  shell.bench.progress().cancel = true;
+  REQUIRE(shell.settle());
+  CHECK(ovka::testing::contentsOf(path) == "old");
+  CHECK(shell.bench.recorder().unsaved());
+  CHECK(shell.bench.recorder().end() == 400'000);
+  CHECK(buffer::setPauseX == 1);
+  shell.window.documents().saveTo(QString::fromStdString(path));
+  REQUIRE(shell.settle());
+  CHECK_FALSE(shell.bench.recorder().unsaved());
+  CHECK(ovka::testing::contentsOf(path).size() > 400'000);
+}
+
+TEST_CASE("a recording that went round stands in the order of time") {
+  ShellFixture shell(SourceChoice::Kind::Demo);
+  REQUIRE(reaches(shell, RecordState::Live));
+  shell.bench.assign("maxploop=240");
+  REQUIRE(shell.settle());
+  shell.bench.recorder().setLoop(true);
+  REQUIRE(recordSome(shell));
+  REQUIRE(shell.waitFor([] { return buffer::ploop > 200; }));
+  REQUIRE(shell.waitFor([] { return buffer::ploop > 30 && buffer::ploop < 200; }));
+  RowButtons(shell).pause->click();
+  REQUIRE(reaches(shell, RecordState::Paused));
+  QTest::qWait(100);
+  const SampleStore& store = shell.bench.engine()->store();
+  // The paused point itself goes on being written; the one behind it is the oldest that stands.
+  const std::int64_t held = buffer::ploop;
+  const std::int32_t oldest = store.storedValue(1, held + 1);
+  const std::int32_t newest = store.storedValue(1, held - 1);
+  RowButtons(shell).record->click();
+  REQUIRE(reaches(shell, RecordState::Review));
+  CHECK(shell.bench.recorder().end() == 240);
+  CHECK(store.storedValue(1, 1) == oldest);
+  CHECK(store.storedValue(1, 239) == newest);
+  shell.bench.recorder().noteDiscarded();
+}
+
+TEST_CASE("closing and covering views changes neither recording nor settings") {
+  ShellFixture shell(SourceChoice::Kind::Demo);
+  REQUIRE(reaches(shell, RecordState::Live));
+  shell.window.show();
+  REQUIRE(recordSome(shell));
+  shell.window.showMinimized();
+  shell.window.setup().show();
+  shell.window.setup().close();
+  const std::int64_t before = buffer::ploop;
+  CHECK(shell.waitFor([&] { return buffer::ploop > before + 60; }));
+  CHECK(shell.bench.recorder().state() == RecordState::Recording);
+  shell.bench.recorder().noteDiscarded();
+}
