@@ -15,7 +15,7 @@ constexpr double kHighestEdge = 60;    // Hz
 constexpr double kHighestValue = 100;  // in the units of V's source
 
 /// The controller of a Control Change as the bindings keep it; 0: no such message. Channel-mode
-/// messages (MIDI 1.0 Detailed Specification, table 5) look like one and are none.
+/// messages (MIDI Manufacturers Association, MIDI 1.0, table 5) look like one and are none.
 std::int32_t controllerOf(const MidiMessage& message) {
   constexpr std::uint8_t kFirstChannelMode = 120;
   if (message.bytes.size() != 3 || (message.bytes[0] & 0xF0U) != 0xB0U) return 0;

@@ -15,8 +15,8 @@ namespace ovka {
   return std::clamp(channel, 0, 15);
 }
 
-/// A channel-voice message as it goes out; the literature is the MIDI 1.0 Detailed Specification,
-/// table 2. Arguments are in range.
+/// A channel-voice message as it goes out; the literature is MIDI 1.0 (MIDI
+/// Manufacturers Association), table 2. Arguments are in range.
 struct MidiBytes {
   std::array<std::uint8_t, 3> bytes{};
   std::uint8_t size = 3;

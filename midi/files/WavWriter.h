@@ -10,8 +10,8 @@ namespace ovka {
 /// How a WAV file stores a sample.
 enum class WavSamples : std::uint8_t { Pcm16, Pcm24, Float32 };
 
-/// Writes sound as a WAV file ("Multimedia Programming Interface and Data Specifications 1.0",
-/// IBM and Microsoft 1991). A WAV file holds at most 4 GiB; more is refused. One thread.
+/// Writes sound as a WAV file ("RIFF WAVE", IBM and Microsoft 1991). A WAV file holds at most 4
+/// GiB; more is refused. One thread.
 class WavWriter {
  public:
   struct Settings {

@@ -50,7 +50,11 @@ void Banner::show(Message message) {
       return;
     }
   }
-  line_.push_back(std::move(message));
+  // What is wrong now goes before what can wait.
+  const auto later = std::find_if(line_.begin(), line_.end(), [&](const Message& waiting) {
+    return waiting.level < message.level;
+  });
+  line_.insert(later, std::move(message));
   present();
 }
 

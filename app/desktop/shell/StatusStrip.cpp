@@ -78,7 +78,10 @@ StatusStrip::StatusStrip(Workbench& bench, QWidget* parent)
     lostBefore_ = lostAt_ = 0;
   });
   connect(&bench_.feed(), &Feed::pulled, this, [this] {
-    if (buffer::setPauseX == 0 && bench_.recorder().acquires())
+    // A capture runs on a clock of its own.
+    const bool line = bench_.source().kind == SourceChoice::Kind::Demo ||
+                      bench_.source().kind == SourceChoice::Kind::Serial;
+    if (line && buffer::setPauseX == 0 && bench_.recorder().acquires())
       picture_.take(bench_.clock().nanoseconds(), amplifier::newestReadAt);
   });
   applyLook();
