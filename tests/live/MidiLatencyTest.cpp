@@ -42,11 +42,14 @@ TEST_CASE("in the performance profile messages follow data, and their age is mea
   CHECK(ages.median() > 0);
   CHECK(ages.max() >= ages.percentile(0.99));
   CHECK(comes([&] { return transport.sent().size() > 200; }));
-  // The message that a batch of samples makes comes before the next batch: values differ.
-  const std::vector<testing::SentMidi> sent = transport.sent();
-  std::size_t changes = 0;
-  for (std::size_t i = 8; i < sent.size(); ++i) changes += sent[i].bytes != sent[i - 8].bytes;
-  CHECK(changes > 0);
+  // Once there is something to analyse, the messages of a band differ from those before.
+  CHECK(comes([&] {
+    const std::vector<testing::SentMidi> sent = transport.sent();
+    for (std::size_t i = 8; i < sent.size(); ++i) {
+      if (sent[i].bytes != sent[i - 8].bytes) return true;
+    }
+    return false;
+  }));
 
   REQUIRE(session.engine().assign("setPauseX=1") == "");
   CHECK(session.close() == "");
