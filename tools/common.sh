@@ -39,7 +39,7 @@ need() {
 BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config libasound2-dev libjack-jackd2-dev libfluidsynth-dev
   timgm6mb-soundfont)
 DESKTOP_PACKAGES=(qt6-base-dev libqt6opengl6-dev libgl1-mesa-dri)
-TEST_PACKAGES=(doctest-dev binutils gnustep-base-runtime jackd2 xvfb xauth)
+TEST_PACKAGES=(doctest-dev binutils gnustep-base-runtime jackd2)
 CHECK_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
 BENCH_PACKAGES=(libbenchmark-dev libfftw3-dev)
 
