@@ -15,6 +15,7 @@
 #include "DocumentVariables.h"
 #include "Failure.h"
 #include "FileEngine.h"
+#include "ScratchFolder.h"
 #include "FileKinds.h"
 #include "LinuxClock.h"
 #include "OldFiles.h"

@@ -1,10 +1,6 @@
 #include "FileEngine.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <system_error>
-#include <unistd.h>
 
 #include "Failure.h"
 #include "LinuxClock.h"
@@ -51,23 +47,6 @@ void assignAll(Engine& engine, const std::vector<std::string>& assignments) {
     if (const std::string problem = engine.assign(assignment); !problem.empty())
       throw Failure(ExitCode::Usage, problem);
   }
-}
-
-ScratchFolder::ScratchFolder(const std::string& beside) {
-  const std::size_t slash = beside.rfind('/');
-  path_ = (slash == std::string::npos ? "." : beside.substr(0, slash)) + "/.ovka-XXXXXX";
-  if (mkdtemp(path_.data()) == nullptr) {
-    throw Failure(ExitCode::Output, "cannot make a folder beside " + beside + ": " +
-                                        std::generic_category().message(errno));
-  }
-}
-
-ScratchFolder::~ScratchFolder() {
-  LinuxFiles files;
-  int error = 0;
-  for (const std::string& name : files.list(path_, &error))
-    static_cast<void>(files.remove(path_ + "/" + name));
-  rmdir(path_.c_str());
 }
 
 }  // namespace ovka::terminal

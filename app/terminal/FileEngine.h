@@ -44,19 +44,4 @@ void openDocument(DocumentDesk& desk, const std::string& path);
 /// The same assignments as Engine::assign takes, one by one. Throws Failure (ExitCode::Usage).
 void assignAll(Engine& engine, const std::vector<std::string>& assignments);
 
-/// A folder beside a file that is to be written, gone with this object: work on files leaves the
-/// user's own backups alone.
-class ScratchFolder {
- public:
-  /// Throws Failure (ExitCode::Output).
-  explicit ScratchFolder(const std::string& beside);
-  ~ScratchFolder();
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  [[nodiscard]] const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
 }  // namespace ovka::terminal

@@ -198,6 +198,7 @@ void runInfo(const Arguments& arguments) {
   const std::string& path = arguments.positional(0);
   std::string damage;
   Facts facts;
+  host.progress.begin("reading " + path);
   const FileKind kind = kindOfFile(host.files, path);
   switch (kind) {
     case FileKind::Document:
@@ -225,6 +226,7 @@ void runInfo(const Arguments& arguments) {
                         " tells nothing of itself: it is no document, capture, journal, backup, "
                         "CSV or file of an older program");
   }
+  host.progress.end();
   Output output;
   if (arguments.given("json")) {
     writeJson(output.text(), facts);

@@ -9,6 +9,7 @@
 #include "Console.h"
 #include "Failure.h"
 #include "FileEngine.h"
+#include "ScratchFolder.h"
 #include "FileKinds.h"
 #include "Output.h"
 

@@ -174,6 +174,30 @@ TEST_CASE("presets are saved, shown, changed and made the default") {
   CHECK(home.run({"preset", "load", home.at("c.plist")}) == 3);
 }
 
+TEST_CASE("a conversion clears what killed ones left beside it, not what others still use") {
+  Home home;
+  write(home.at("a.csv"), rowsOf(100));
+  const pid_t gone = fork();
+  REQUIRE(gone >= 0);
+  if (gone == 0) _exit(0);
+  waitpid(gone, nullptr, 0);
+  const auto folder = [&](pid_t process, const char* random) {
+    const std::string path = home.at(".ovka-" + std::to_string(process) + "-" + random);
+    std::filesystem::create_directory(path);
+    write(path + "/OVKA_Backup0.raw", "x");
+    return path;
+  };
+  const std::string left = folder(gone, "abcdef");
+  const std::string used = folder(getppid(), "abcdef");
+  const std::string other = folder(gone, "much_longer");
+  REQUIRE(home.run(words({"convert", home.at("a.csv"), home.at("a.ovkanote")}, kFive)) == 0);
+  CHECK(!std::filesystem::exists(left));
+  CHECK(std::filesystem::exists(used + "/OVKA_Backup0.raw"));
+  CHECK(std::filesystem::exists(other));
+  for (const auto& entry : std::filesystem::directory_iterator(home.at("")))
+    CHECK(!holds(entry.path().filename().string(), ".ovka-" + std::to_string(getpid())));
+}
+
 TEST_CASE("a session starts with a preset and remembers its port") {
   Home home;
   REQUIRE(home.run({"preset", "save", "a.plist", "--model", "5", "--config", "2", "--speed", "240",
