@@ -130,6 +130,33 @@ TEST_CASE("a document brings samples, settings and annotations back and stands a
   CHECK(same);
 }
 
+TEST_CASE("settings alone of another document leave the recording whole") {
+  Desk now;
+  REQUIRE(now.engine.assign("SampleSpeed=480").empty());
+  REQUIRE(now.engine.assign("maxploop=4800").empty());
+  REQUIRE(now.engine.assign("fftp=512").empty());
+  now.record(4000);
+  const std::string same = now.folder.at("same.ovkanote");
+  now.save(same);
+  // Ten seconds at this speed have no room for the 4000 points that are there.
+  REQUIRE(now.engine.assign("SampleSpeed=120").empty());
+  REQUIRE(now.engine.assign("fftp=128").empty());
+  buffer::ploop = 100;
+  const std::string slower = now.folder.at("slower.ovkanote");
+  now.save(slower);
+  now.open(same);
+  REQUIRE(buffer::ploop == 4000);
+
+  REQUIRE(now.engine.actions().perform("setOpenPreferencesOnlyAction:", 0));
+  now.open(slower);
+  CHECK(buffer::ploop == 4000);
+  CHECK(buffer::maxploop >= 4000);
+  CHECK(now.stored(2, 3999) == 39992);
+  CHECK(buffer::SampleSpeed == 480U);
+  CHECK(now.engine.settings().find("fftp")->get() == 128);
+  CHECK(!now.desk.takeProblems().empty());
+}
+
 TEST_CASE("a document plays at its own speed and stops at its end") {
   Desk now;
   now.record(600);
