@@ -113,7 +113,9 @@ std::span<const std::uint8_t> AmplifierPorts::readInto(std::int32_t descriptor,
     return {};
   }
   if (PortN >= 1 && PortN <= kInputs) {
-    if (GapMeter* gap = gaps(PortN)) gap->data(clock_.nanoseconds());
+    const std::int64_t bytesOfPoint =
+        model->frame == AmplifierFrame::RawByte ? 1 : SampleLine::kLineBytes;
+    if (GapMeter* gap = gaps(PortN)) gap->data(clock_.nanoseconds(), result->value / bytesOfPoint);
   }
   return room.first(static_cast<std::size_t>(result->value));
 }

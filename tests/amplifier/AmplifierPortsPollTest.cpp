@@ -169,22 +169,40 @@ TEST_CASE("read errors end no poll; the line is marked for its guard") {
   CHECK(bench.ports.hungUp(1));
 }
 
-TEST_CASE("a silence while acquiring is counted against the clock, other time is not") {
-  PollBench bench;
-  buffer::SampleSpeed = 1000;
-  bench.after(900);
-  bench.poll(kLine);  // before the first byte nothing is missing
-  bench.after(250);
-  bench.poll(kLine);
-  CHECK(bench.losses.gapPoints.get() == 0);
-  bench.after(251);
-  bench.poll(kLine);
-  CHECK(bench.losses.gapPoints.get() == 251);
-  bench.after(400);
-  bench.ports.gaps(1)->idle(bench.time.nanoseconds());
-  bench.after(400);
-  bench.poll(kLine);
-  CHECK(bench.losses.gapPoints.get() == 251);
+TEST_CASE("what a silence left out is counted; a late read, a pause and a short silence are not") {
+  struct Case {
+    const char* text;
+    int silence;    // ms, at 1000 points a second
+    int lateLines;  // that come in one go after it
+    std::int64_t gap;
+  };
+  const auto lines = [](int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += kLine;
+    return all;
+  };
+  for (const Case& c : std::vector<Case>{{"short", 250, 1, 0},
+                                         {"just seen", 251, 1, 250},
+                                         {"read late", 800, 800, 0},
+                                         {"half of it is there", 800, 400, 400}}) {
+    CAPTURE(c.text);
+    PollBench bench;
+    buffer::SampleSpeed = 1000;
+    bench.after(900);
+    bench.poll(kLine);  // before the first byte nothing is missing
+    bench.after(c.silence);
+    bench.poll(lines(c.lateLines));
+    for (int i = 0; i < 11; ++i) {
+      bench.after(100);
+      bench.poll(lines(100));
+    }
+    CHECK(bench.losses.gapPoints.get() == c.gap);
+    bench.after(400);
+    bench.ports.gaps(1)->idle(bench.time.nanoseconds());
+    bench.after(400);
+    bench.poll(kLine);
+    CHECK(bench.losses.gapPoints.get() == c.gap);
+  }
 }
 
 }  // namespace
