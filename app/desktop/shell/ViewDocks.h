@@ -8,6 +8,7 @@
 
 class QDockWidget;
 class QMenu;
+class QTimer;
 
 namespace ovka::desktop {
 
@@ -37,6 +38,9 @@ class ViewDocks final : public QMainWindow {
 
   [[nodiscard]] QByteArray layout() const { return saveState(kLayoutVersion); }
   bool restoreLayout(const QByteArray& layout) { return restoreState(layout, kLayoutVersion); }
+  /// Puts the arrangement into the display variables, where documents and presets find it. Done by
+  /// itself shortly after every change.
+  void noteArrangement();
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -45,11 +49,14 @@ class ViewDocks final : public QMainWindow {
   static constexpr int kLayoutVersion = 1;
   [[nodiscard]] QWidget* makeTitle(ViewKind kind);
   void takeBrought();
-  void noteVisible(ViewKind kind, bool visible);
+  void restoreWindows();
+  void fillChoices(QMenu& menu, ViewKind kind);
 
   Workbench& bench_;
   std::array<View*, display::kViewKinds> views_{};
   std::array<QDockWidget*, display::kViewKinds> docks_{};
+  QTimer* note_ = nullptr;  ///< runs until a change is noted
+  std::uint32_t brought_ = display::broughtX;
   QWidget* stage_ = nullptr;  ///< the full screen; nullptr: none
   ViewKind staged_ = ViewKind::RawWave;
 };
