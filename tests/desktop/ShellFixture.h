@@ -48,8 +48,9 @@ inline void needApplication() {
 
 /// The main window at work on a source.
 struct ShellFixture {
-  explicit ShellFixture(desktop::SourceChoice::Kind kind) {
-    QSettings().clear();
+  /// `fresh`: nothing is known of an earlier run.
+  explicit ShellFixture(desktop::SourceChoice::Kind kind, bool fresh = true) {
+    if (fresh) QSettings().clear();
     desktop::SourceChoice choice;
     choice.kind = kind;
     bench.openSource(choice, {});

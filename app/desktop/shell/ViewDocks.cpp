@@ -168,6 +168,12 @@ void ViewDocks::noteArrangement() {
     window.y = dock.y();
   }
   display::keepLayout(layout().toBase64().toStdString());
+  remember();
+}
+
+void ViewDocks::remember() {
+  noted_ = display::keptLayout();
+  for (std::size_t i = 0; i < open_.size(); ++i) open_[i] = display::window(kindOf(i)).open != 0;
 }
 
 /// A document or preset says which windows were open; one that says nothing changes nothing.
@@ -179,13 +185,21 @@ void ViewDocks::takeBrought() {
   }
   brought_ = display::broughtX;
   const std::string kept = display::keptLayout();
-  const QByteArray layout = QByteArray::fromBase64(QByteArray::fromStdString(kept));
-  if (!layout.isEmpty() && layout == this->layout()) return;
   bool any = false;
-  for (const display::ViewWindow& window : display::windows) any = any || window.open != 0;
-  if (!any && layout.isEmpty()) return;
-  leaveFullScreen();
-  if (layout.isEmpty() || !restoreLayout(layout)) restoreWindows();
+  bool same = true;
+  for (std::size_t i = 0; i < open_.size(); ++i) {
+    const bool open = display::window(kindOf(i)).open != 0;
+    any = any || open;
+    same = same && open == open_[i];
+  }
+  if (kept == noted_ && same) return;
+  const QByteArray layout = QByteArray::fromBase64(QByteArray::fromStdString(kept));
+  if (any || !layout.isEmpty()) {
+    leaveFullScreen();
+    if (kept == noted_ || layout.isEmpty() || !restoreLayout(layout)) restoreWindows();
+  }
+  remember();
+  note_->start();
 }
 
 /// Without a layout of this program: what is open, what is in front, and where detached ones lie.

@@ -2,6 +2,7 @@
 
 #include <QMainWindow>
 #include <array>
+#include <string>
 
 #include "View.h"
 #include "Workbench.h"
@@ -50,6 +51,7 @@ class ViewDocks final : public QMainWindow {
   [[nodiscard]] QWidget* makeTitle(ViewKind kind);
   void takeBrought();
   void restoreWindows();
+  void remember();
   void fillChoices(QMenu& menu, ViewKind kind);
 
   Workbench& bench_;
@@ -57,6 +59,8 @@ class ViewDocks final : public QMainWindow {
   std::array<QDockWidget*, display::kViewKinds> docks_{};
   QTimer* note_ = nullptr;  ///< runs until a change is noted
   std::uint32_t brought_ = display::broughtX;
+  std::string noted_;  ///< arrangement as it was noted or taken last
+  std::array<bool, display::kViewKinds> open_{};
   QWidget* stage_ = nullptr;  ///< the full screen; nullptr: none
   ViewKind staged_ = ViewKind::RawWave;
 };
