@@ -123,8 +123,10 @@ QWidget* TransportRow::makeClock() {
       left_->fontMetrics().horizontalAdvance(QStringLiteral("Live, not recording  ")));
   auto* texts = new QVBoxLayout;
   texts->setSpacing(0);
+  texts->addStretch(1);
   texts->addWidget(state_);
   texts->addWidget(left_);
+  texts->addStretch(1);
   row->addWidget(clock_);
   row->addLayout(texts);
   return part;
