@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "DisplayRows.h"
 #include "Engine.h"
 
 namespace ovka {
@@ -26,6 +27,12 @@ bool holds(const std::array<std::string_view, N>& names, std::string_view name) 
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+/// How something is looked at belongs to who looks.
+bool isDisplay(std::string_view name) {
+  return display::findRow(display::kWholeRows, name) != nullptr ||
+         display::findRow(display::kRealRows, name) != nullptr;
+}
+
 }  // namespace
 
 CaptureSettings captureSettings(const Engine& engine, const std::vector<std::string>& inputs) {
@@ -36,7 +43,7 @@ CaptureSettings captureSettings(const Engine& engine, const std::vector<std::str
   for (const Setting& setting : engine.settings().entries()) {
     // Tables are the outputs' set-ups: a preset's to keep.
     if (setting.count == 0 && setting.writable && !holds(kLeftOut, setting.name) &&
-        !holds(kLast, setting.name)) {
+        !holds(kLast, setting.name) && !isDisplay(setting.name)) {
       carry(setting);
     }
   }

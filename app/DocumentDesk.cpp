@@ -63,6 +63,7 @@ DocumentDesk::DocumentDesk(Engine& engine, const Machine& machine, const Documen
           }),
       catalogue_(documents.files, documents.locks, documents.folders) {
   engineGroups_.use(groups_, information_);
+  displayGroups_.use(groups_, information_);
   tasksSource_ = machine.mainLoop.addSource([this] { runTasks(); });
   if (documents.journal) {
     engine.annotations().setListener([this](TypeTextHere::Change change, const TimedText& text) {

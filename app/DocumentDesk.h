@@ -10,6 +10,7 @@
 
 #include "ActionRegistry.h"
 #include "Dialogs.h"
+#include "DisplayGroups.h"
 #include "DocumentCommands.h"
 #include "DocumentShell.h"
 #include "DocumentSwitches.h"
@@ -156,6 +157,7 @@ class DocumentDesk final : public DocumentShell, public PresetShell {
   SettingsGroups groups_;
   SettingsByName named_;
   EngineGroups engineGroups_;
+  display::DisplayGroups displayGroups_;
   RawBackups backups_;
   DocumentServices services_;
   DocumentCommands commands_{services_};

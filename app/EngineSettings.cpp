@@ -32,6 +32,7 @@ void Engine::addSettings() {
   addAmplifierSettings(settings_);
   addFFTSettings(settings_);
   addThreadSettings(settings_);
+  addDisplaySettings(settings_);
   addAmplifierStatus(settings_);
   addBufferEffects();
   addAnalysisEffects();

@@ -11,5 +11,6 @@ void addAmplifierSettings(SettingsRegistry& registry);
 void addAmplifierStatus(SettingsRegistry& registry);
 void addFFTSettings(SettingsRegistry& registry);
 void addThreadSettings(SettingsRegistry& registry);
+void addDisplaySettings(SettingsRegistry& registry);
 
 }  // namespace ovka

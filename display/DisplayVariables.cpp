@@ -1,6 +1,9 @@
 #include "DisplayVariables.h"
 
+#include <algorithm>
 #include <cmath>
+#include <mutex>
+#include <utility>
 
 namespace ovka::display {
 namespace {
@@ -39,7 +42,29 @@ Kept& kept() {
   return all;
 }
 
+struct Layout {
+  std::mutex lock;
+  std::string text;
+};
+
+Layout& layout() {
+  static Layout one;
+  return one;
+}
+
 }  // namespace
+
+std::string keptLayout() {
+  const std::scoped_lock guard(layout().lock);
+  return layout().text;
+}
+
+void keepLayout(std::string text) {
+  const auto printable = [](char letter) { return letter > ' ' && letter < '\x7F'; };
+  if (text.size() > kLongestLayout || !std::ranges::all_of(text, printable)) return;
+  const std::scoped_lock guard(layout().lock);
+  layout().text = std::move(text);
+}
 
 double valueOf(const ViewChoice& choice, const ViewField& field) {
   return field.whole != nullptr ? static_cast<double>(choice.*field.whole)
@@ -109,6 +134,7 @@ void resetVariables() {
   showThresholdX = 1;
   showCountsX = 1;
   kept().reset();
+  keepLayout({});
   for (ViewWindow& window : windows) {
     for (Shared<std::int32_t>* value :
          {&window.open, &window.front, &window.width, &window.height, &window.x, &window.y}) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "Shared.h"
 
@@ -79,24 +80,27 @@ struct ViewField {
   float ViewChoice::*real;
   double minimum;
   double maximum;
+  const char* meaning;
 };
 /// In the order in which documents hold them; new ones go to the end.
 inline constexpr std::array<ViewField, 15> kViewFields{{
-    {"channels", &ViewChoice::channels, nullptr, 0, 0xF},
-    {"mode", &ViewChoice::mode, nullptr, 0, 9},
-    {"gain", nullptr, &ViewChoice::gain, 0.01, 1000},
-    {"lowF", nullptr, &ViewChoice::lowF, 0, 100000},
-    {"highF", nullptr, &ViewChoice::highF, 0.5, 100000},
-    {"seconds", nullptr, &ViewChoice::seconds, 0.1, 86400},
-    {"top", nullptr, &ViewChoice::top, 0, 1e9},
-    {"unit", &ViewChoice::unit, nullptr, 0, 1},
-    {"scale", &ViewChoice::scale, nullptr, 0, 1},
-    {"palette", &ViewChoice::palette, nullptr, 0, 9},
-    {"bands", &ViewChoice::bands, nullptr, 0, 1},
-    {"average", &ViewChoice::average, nullptr, 0, 1},
-    {"hold", &ViewChoice::hold, nullptr, 0, 1},
-    {"peaks", &ViewChoice::peaks, nullptr, 0, 1},
-    {"freeze", &ViewChoice::freeze, nullptr, 0, 1},
+    {"channels", &ViewChoice::channels, nullptr, 0, 0xF,
+     "channels shown: 1 A, 2 B, 4 D, 8 E, added"},
+    {"mode", &ViewChoice::mode, nullptr, 0, 9, "index of the view's list of modes"},
+    {"gain", nullptr, &ViewChoice::gain, 0.01, 1000, "factor on what is drawn"},
+    {"lowF", nullptr, &ViewChoice::lowF, 0, 100000, "first frequency shown (Hz)"},
+    {"highF", nullptr, &ViewChoice::highF, 0.5, 100000, "last frequency shown (Hz)"},
+    {"seconds", nullptr, &ViewChoice::seconds, 0.1, 86400, "time shown (s)"},
+    {"top", nullptr, &ViewChoice::top, 0, 1e9,
+     "full scale in the view's unit, 0: follows the signal"},
+    {"unit", &ViewChoice::unit, nullptr, 0, 1, "spectra in 0 microvolts r.m.s., 1 levels"},
+    {"scale", &ViewChoice::scale, nullptr, 0, 1, "0 linear, 1 decibels"},
+    {"palette", &ViewChoice::palette, nullptr, 0, 9, "colour scale of heights"},
+    {"bands", &ViewChoice::bands, nullptr, 0, 1, "1: the bands are shaded"},
+    {"average", &ViewChoice::average, nullptr, 0, 1, "1: the average besides"},
+    {"hold", &ViewChoice::hold, nullptr, 0, 1, "1: peak hold"},
+    {"peaks", &ViewChoice::peaks, nullptr, 0, 1, "1: peaks are marked"},
+    {"freeze", &ViewChoice::freeze, nullptr, 0, 1, "1: stands still"},
 }};
 
 /// One field of a choice as a number, whatever its type.
@@ -122,6 +126,12 @@ inline constinit std::array<ViewWindow, kViewKinds> windows{};
 [[nodiscard]] inline ViewWindow& window(ViewKind kind) {
   return windows[static_cast<std::size_t>(kind)];
 }
+
+/// The arrangement of all view windows, in a text that their owner alone understands (printable
+/// ASCII, at most kLongestLayout letters); empty: none. Any thread.
+[[nodiscard]] std::string keptLayout();
+void keepLayout(std::string layout);
+inline constexpr std::size_t kLongestLayout = 65536;
 
 /// Advances when a document or preset brought display settings; the views then take them over.
 inline constinit Shared<std::uint32_t> broughtX{0};

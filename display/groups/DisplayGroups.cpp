@@ -7,17 +7,13 @@
 #include <string>
 #include <utility>
 
-#include "DisplayVariables.h"
+#include "DisplayRows.h"
+#include "InformationRows.h"
 #include "NumberTexts.h"
 #include "srtToLong.h"
 
 namespace ovka::display {
 namespace {
-
-/// Views and documents may meet on different threads: the views look at `broughtX`.
-void tellViews() {
-  broughtX = broughtX + 1;
-}
 
 std::string textOf(const ViewField& field, double value) {
   return field.whole != nullptr ? integerText(std::lround(value)) : floatText(value);
@@ -50,19 +46,36 @@ std::unique_ptr<SettingsRows> begin() {
   return rows;
 }
 
+/// A variable of display/DisplayRows.h.
+void addVariable(SettingsRows& rows, std::string_view name) {
+  if (const auto* whole = findRow(kWholeRows, name))
+    rows.add(name, *whole->variable, whole->minimum, whole->maximum);
+  if (const auto* real = findRow(kRealRows, name))
+    rows.add(name, *real->variable, real->minimum, real->maximum);
+}
+
 void addView(SettingsRows& rows, ViewKind kind) {
   for (const ViewField& field : kViewFields) rows.add(rowOf(kind, field));
+}
+
+/// Takes an entry over. An entry that holds what a program without views writes says nothing:
+/// documents of such a program must not close windows or change modes.
+void bindEntry(InformationList& information, std::size_t index, InformationList::Getter get,
+               InformationList::Setter set) {
+  information.bind(index, std::move(get), [index, set = std::move(set)](const std::string& text) {
+    if (text == kInformationRows[index].initial) return;
+    set(text);
+    tellViews();
+  });
 }
 
 void bindField(InformationList& information, std::size_t index, ViewKind kind,
                std::string_view name) {
   const ViewField& field = fieldOf(name);
-  information.bind(
-      index, [kind, &field] { return textOf(field, valueOf(keptChoice(kind), field)); },
-      [kind, &field](const std::string& text) {
-        take(kind, field, text);
-        tellViews();
-      });
+  bindEntry(
+      information, index,
+      [kind, &field] { return textOf(field, valueOf(keptChoice(kind), field)); },
+      [kind, &field](const std::string& text) { take(kind, field, text); });
 }
 
 template <typename T>
@@ -72,10 +85,7 @@ void bindVariable(InformationList& information, std::size_t index, Shared<T>& va
   SettingsRows rows;
   rows.add("", variable, minimum, maximum);
   const SettingsRows::Row row = rows.rows().front();
-  information.bind(index, row.get, [row](const std::string& text) {
-    row.set(text);
-    tellViews();
-  });
+  bindEntry(information, index, row.get, row.set);
 }
 
 constexpr std::array<ViewKind, 5> kFlatViews{ViewKind::RawWave, ViewKind::Spectrum,
@@ -88,8 +98,8 @@ constexpr std::array<ViewKind, 2> kDeepViews{ViewKind::Waterfall, ViewKind::Spec
 void bindChannel(InformationList& information, std::size_t index, std::size_t channel,
                  std::span<const ViewKind> kinds) {
   const std::int32_t bit = 1 << channel;
-  information.bind(
-      index,
+  bindEntry(
+      information, index,
       [bit, kinds] { return integerText((keptChoice(kinds.front()).channels & bit) != 0 ? 1 : 0); },
       [bit, kinds](const std::string& text) {
         if (text != "0" && text != "1") return;
@@ -98,7 +108,6 @@ void bindChannel(InformationList& information, std::size_t index, std::size_t ch
           choice.channels = text == "1" ? choice.channels | bit : choice.channels & ~bit;
           keepChoice(kind, choice);
         }
-        tellViews();
       });
 }
 
@@ -106,25 +115,38 @@ void bindChannel(InformationList& information, std::size_t index, std::size_t ch
 constexpr double kPlainTop = 100;
 
 void bindScale(InformationList& information) {
-  information.bind(
-      107,
+  bindEntry(
+      information, 107,
       [] { return floatText(static_cast<double>(keptChoice(ViewKind::RawWave).top) / kPlainTop); },
       [](const std::string& text) {
         const std::optional<double> factor = floatOf(text);
         if (!factor) return;
         take(ViewKind::RawWave, fieldOf("top"), floatText(*factor * kPlainTop));
-        tellViews();
       });
 }
 
 constexpr double kPixels = 100000;
 
+/// A frame's number; a window that is not open writes the list's own text.
+void bindFrame(InformationList& information, std::size_t index, const ViewWindow& shown,
+               Shared<std::int32_t>& variable, double minimum) {
+  SettingsRows rows;
+  rows.add("", variable, minimum, kPixels);
+  const SettingsRows::Row row = rows.rows().front();
+  bindEntry(
+      information, index,
+      [index, &shown, get = row.get] {
+        return shown.open != 0 ? get() : std::string(kInformationRows[index].initial);
+      },
+      row.set);
+}
+
 void bindWindow(InformationList& information, std::size_t first, ViewKind kind) {
   ViewWindow& shown = window(kind);
-  bindVariable(information, first, shown.width, 0, kPixels);
-  bindVariable(information, first + 1, shown.height, 0, kPixels);
-  bindVariable(information, first + 2, shown.x, -kPixels, kPixels);
-  bindVariable(information, first + 3, shown.y, -kPixels, kPixels);
+  bindFrame(information, first, shown, shown.width, 0);
+  bindFrame(information, first + 1, shown, shown.height, 0);
+  bindFrame(information, first + 2, shown, shown.x, -kPixels);
+  bindFrame(information, first + 3, shown, shown.y, -kPixels);
 }
 
 }  // namespace
@@ -133,26 +155,26 @@ std::unique_ptr<SettingsRows> makeDisplayGroup() {
   auto rows = begin();
   const char* const gains[]{"displayGainX A", "displayGainX B", "displayGainX D", "displayGainX E"};
   for (std::size_t c = 0; c < displayGainX.size(); ++c) {
-    rows->add(gains[c], displayGainX[c], 0.0001, 10000);
+    rows->add(gains[c], displayGainX[c], kLeastDisplayGain, kGreatestDisplayGain);
   }
-  rows->add("textScaleX", textScaleX, 0.5, 3);
-  rows->add("frameRateX", frameRateX, 10, 120);
-  rows->add("useOpenGLX", useOpenGLX, 0, 1);
-  rows->add("rawLeftReverseX", rawLeftReverseX, 0, 1);
-  rows->add("rawRightReverseX", rawRightReverseX, 0, 1);
-  rows->add("barFrequencyX", barFrequencyX, 0, 50);
-  rows->add("alpha2DX", alpha2DX, 0, 1);
+  addVariable(*rows, "textScaleX");
+  addVariable(*rows, "frameRateX");
+  addVariable(*rows, "useOpenGLX");
+  addVariable(*rows, "rawLeftReverseX");
+  addVariable(*rows, "rawRightReverseX");
+  addVariable(*rows, "barFrequencyX");
+  addVariable(*rows, "alpha2DX");
   for (const ViewKind kind : kFlatViews) addView(*rows, kind);
   return rows;
 }
 
 std::unique_ptr<SettingsRows> makeDisplayColorGroup() {
   auto rows = begin();
-  rows->add("themeX", themeX, 0, 2);
+  addVariable(*rows, "themeX");
   const char* const colors[]{"channelColorX A", "channelColorX B", "channelColorX D",
                              "channelColorX E"};
   for (std::size_t c = 0; c < channelColorX.size(); ++c) {
-    rows->add(colors[c], channelColorX[c], -1, 0xFFFFFF);
+    rows->add(colors[c], channelColorX[c], -1, kGreatestColor);
   }
   return rows;
 }
@@ -165,13 +187,13 @@ std::unique_ptr<SettingsRows> makeDisplayWaterfallGroup() {
 
 std::unique_ptr<SettingsRows> makeDisplayBSGroup() {
   auto rows = begin();
-  rows->add("turnX", turnX, -80, 80);
-  rows->add("tiltX", tiltX, 5, 85);
-  rows->add("distanceX", distanceX, 0.5, 3);
-  rows->add("alpha3DX", alpha3DX, 0, 1);
-  rows->add("pairsX", pairsX, 0, 0xFF);
-  rows->add("showThresholdX", showThresholdX, 0, 1);
-  rows->add("showCountsX", showCountsX, 0, 1);
+  addVariable(*rows, "turnX");
+  addVariable(*rows, "tiltX");
+  addVariable(*rows, "distanceX");
+  addVariable(*rows, "alpha3DX");
+  addVariable(*rows, "pairsX");
+  addVariable(*rows, "showThresholdX");
+  addVariable(*rows, "showCountsX");
   addView(*rows, ViewKind::Spectrum3D);
   return rows;
 }
@@ -188,6 +210,7 @@ std::unique_ptr<SettingsRows> makeFrontDisplayGroup() {
     rows->add(name + " x", shown.x, -kPixels, kPixels);
     rows->add(name + " y", shown.y, -kPixels, kPixels);
   }
+  rows->add({"layout", keptLayout, keepLayout});
   return rows;
 }
 
@@ -222,17 +245,13 @@ void bindDisplayInformation(InformationList& information) {
   bindVariable(information, 109, rawRightReverseX, 0, 1);
 }
 
-DisplayGroups::DisplayGroups()
-    : groups_{makeDisplayGroup(), makeDisplayColorGroup(), makeFrontDisplayGroup(),
-              makeDisplayWaterfallGroup(), makeDisplayBSGroup()} {}
+DisplayGroups::DisplayGroups() {
+  for (std::size_t i = 0; i < groups_.size(); ++i) groups_[i] = kDisplayGroups[i].make();
+}
 
 void DisplayGroups::use(SettingsGroups& groups, InformationList& information) {
-  constexpr std::array<std::string_view, 5> kKeys{"OVKA4Display", "OVKA4DisplayColor",
-                                                  "OVKAFrontDisplay", "OVKA4DisplayWaterfall",
-                                                  "OVKA4DisplayBS"};
-  for (std::size_t i = 0; i < kKeys.size(); ++i) {
-    static_cast<void>(groups.use(kKeys[i], *groups_[i]));
-  }
+  for (std::size_t i = 0; i < groups_.size(); ++i)
+    static_cast<void>(groups.use(kDisplayGroups[i].key, *groups_[i]));
   bindDisplayInformation(information);
 }
 

@@ -30,6 +30,20 @@ class DisplayGroups {
   std::array<std::unique_ptr<SettingsRows>, 5> groups_;
 };
 
+/// The five again, by their keys: the shell keeps them between runs and over a change of the
+/// source.
+struct DisplayGroupMaker {
+  std::string_view key;
+  std::unique_ptr<SettingsRows> (*make)();
+};
+inline constexpr std::array<DisplayGroupMaker, 5> kDisplayGroups{{
+    {"OVKA4Display", &makeDisplayGroup},
+    {"OVKA4DisplayColor", &makeDisplayColorGroup},
+    {"OVKAFrontDisplay", &makeFrontDisplayGroup},
+    {"OVKA4DisplayWaterfall", &makeDisplayWaterfallGroup},
+    {"OVKA4DisplayBS", &makeDisplayBSGroup},
+}};
+
 /// Binds entries 20 to 38, 40 to 43, 55 to 70, 100 and 107 to 109 of the information list.
 void bindDisplayInformation(InformationList& information);
 

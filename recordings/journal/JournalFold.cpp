@@ -36,6 +36,9 @@ void JournalFold::take(const JournalChunk& chunk) {
     case ChunkKind::End:
       sound = takeEnd(chunk.payload);
       break;
+    case ChunkKind::Dropped:
+      sound = takeDropped(chunk.payload);
+      break;
     default:  // a kind of a later program
       break;
   }
@@ -67,6 +70,7 @@ bool JournalFold::takeState(View payload) {
 bool JournalFold::takeFrames(View payload, bool moves) {
   if (!decode(payload, frames_)) return false;
   const std::int64_t end = frames_.first + frames_.count;
+  if (!std::exchange(begun_, true)) before_ = frames_.framesBefore;
   if (frames_.framesBefore > journaled_) to_.missingPoints += frames_.framesBefore - journaled_;
   journaled_ = std::max(journaled_, frames_.framesBefore) + frames_.count;
   to_.first = to_.end == 0 ? frames_.first : std::min(to_.first, frames_.first);
@@ -116,6 +120,16 @@ bool JournalFold::takeEnd(View payload) {
   if (end.frames > journaled_) to_.missingPoints += end.frames - journaled_;
   journaled_ = std::max(journaled_, end.frames);
   to_.endedInOrder = true;
+  return true;
+}
+
+/// Parts that were removed on purpose are not missing.
+bool JournalFold::takeDropped(View payload) {
+  Dropped dropped;
+  if (!decode(payload, dropped)) return false;
+  const std::uint64_t known = std::min(before_, dropped.frames);
+  before_ -= known;
+  to_.missingPoints -= known;
   return true;
 }
 

@@ -24,12 +24,15 @@ class JournalFold {
   [[nodiscard]] bool takeMark(journalformat::View payload);
   [[nodiscard]] bool takeAnnotation(journalformat::View payload);
   [[nodiscard]] bool takeEnd(journalformat::View payload);
+  [[nodiscard]] bool takeDropped(journalformat::View payload);
 
   JournalSession& to_;
   journalformat::Session& writer_;
   SampleStore* store_;
   journalformat::Frames frames_;
   std::uint64_t journaled_ = 0;  ///< points that the writer had journaled up to here
+  bool begun_ = false;           ///< a chunk with points was taken
+  std::uint64_t before_ = 0;     ///< points that are missing before the first of them
 };
 
 }  // namespace ovka

@@ -296,4 +296,15 @@ bool decode(View bytes, End& to) {
   return from.done() && isPoint(to.ploop);
 }
 
+void encode(const Dropped& from, Bytes& to) {
+  to.clear();
+  put(to, from.frames);
+}
+
+bool decode(View bytes, Dropped& to) {
+  Taker from(bytes);
+  to.frames = from.take<std::uint64_t>();
+  return from.done();
+}
+
 }  // namespace ovka::journalformat

@@ -32,6 +32,7 @@ enum class ChunkKind : std::uint8_t {
   Mark = 5,        ///< something that happened at a point
   Annotation = 6,  ///< one change of the annotation track
   End = 7,         ///< the session was ended in order
+  Dropped = 8,     ///< earlier parts were written over and removed
 };
 
 struct ChunkHead {
@@ -107,6 +108,10 @@ struct End {
   std::int64_t ploop = 0;
 };
 
+struct Dropped {
+  std::uint64_t frames = 0;  ///< points in the chunks of the parts removed
+};
+
 using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
@@ -124,11 +129,13 @@ void encode(const Frames& from, Bytes& to);
 void encode(const Mark& from, Bytes& to);
 void encode(const Annotation& from, Bytes& to);
 void encode(const End& from, Bytes& to);
+void encode(const Dropped& from, Bytes& to);
 [[nodiscard]] bool decode(View from, Session& to);
 [[nodiscard]] bool decode(View from, State& to);
 [[nodiscard]] bool decode(View from, Frames& to);
 [[nodiscard]] bool decode(View from, Mark& to);
 [[nodiscard]] bool decode(View from, Annotation& to);
 [[nodiscard]] bool decode(View from, End& to);
+[[nodiscard]] bool decode(View from, Dropped& to);
 
 }  // namespace ovka::journalformat

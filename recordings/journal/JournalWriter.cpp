@@ -17,6 +17,7 @@ constexpr std::uint64_t kBudgetPoints = 400'000;
 constexpr std::uint64_t kNoBudget = ~std::uint64_t{0};
 constexpr std::uint64_t kNewestPoints = 65'536;
 constexpr std::size_t kMostPieces = 64;
+constexpr std::int32_t kRecording = 1, kAcquiring = 2;  // of setRecModeX
 constexpr std::uint32_t kOnePortAChannel = 1;  // the amplifier model
 constexpr std::size_t kMostAnnotations = 10'000;
 constexpr std::int64_t kCheckInterval = 1 * journalnumbers::kSecond;
@@ -87,7 +88,8 @@ JournalPositions JournalWriter::positions() const {
 
 void JournalWriter::look() {
   if (stopped_) return;
-  const bool acquiring = buffer::setRecModeX != 0;
+  const std::int32_t mode = buffer::setRecModeX;
+  const bool acquiring = mode == kRecording || (mode == kAcquiring && session_ != 0);
   // The frames before the end of acquiring belong to it.
   if (acquiring || acquired_) {
     const JournalCursor::Found found = cursor_.look(positions());
@@ -161,7 +163,10 @@ void JournalWriter::work(std::uint64_t budget) {
     const bool done = (at_.clock.nanoseconds() < repeatAt_ || appendSession()) && appendState() &&
                       appendMarks() && appendAnnotations() && appendPieces(pending_, &budget) &&
                       appendPieces(backfill_, &budget);
-    if (!done) partFailed(appendError_);
+    if (done)
+      cutPart();
+    else
+      partFailed(appendError_);
   }
   updateStatus();
 }
@@ -189,33 +194,57 @@ JournalStatus JournalWriter::status() const {
   return status_;
 }
 
-void JournalWriter::syncNow() {
-  const std::scoped_lock oneAtATime(syncing_);
+/// The part that was closed last, then the present one.
+void JournalWriter::syncParts(std::int64_t now) {
+  Closing closing;
   std::shared_ptr<JournalPart> part;
   std::vector<PointRange> ranges;
+  std::size_t number = 0;
+  std::uint64_t session = 0;
+  bool drops = false;
   {
     const std::scoped_lock guard(lock_);
+    session = session_;
+    closing = closing_;
     part = part_;
     ranges.swap(unsynced_);
+    if (ring_.count() > 0) number = ring_.newest();
+    drops = dropDue_ != 0;
   }
+  if (part == nullptr) return;
+  int error = closing.part != nullptr && closing.part->syncDue() ? closing.part->sync() : 0;
+  if (error == 0 && part->syncDue()) error = part->sync();
+  const bool lost = error == 0 && now >= checkAt_ && (error = part->check()) != 0;
+  if (now >= checkAt_) checkAt_ = now + kCheckInterval;
+  const std::scoped_lock guard(lock_);
+  if (session != session_) return;
+  if (error != 0) {
+    auto& again = part == closing_.part ? closing_.unsynced : unsynced_;
+    again.insert(again.begin(), ranges.begin(), ranges.end());
+    // One that the writing found out about meanwhile failed already.
+    lost && part_ != nullptr ? startOver(error) : partFailed(error);
+    updateStatus();
+    return;
+  }
+  if (closing.part != nullptr && closing.part == closing_.part) {
+    noteSynced(closing.unsynced, closing.number);
+    closing_ = {};
+  }
+  noteSynced(ranges, number);
+  if (drops) removeDropped();
+  dropParts();
+}
+
+void JournalWriter::syncNow() {
+  const std::scoped_lock oneAtATime(syncing_);
   const std::int64_t now = at_.clock.nanoseconds();
-  if (part != nullptr) {
-    int error = part->syncDue() ? part->sync() : 0;
-    const bool lost = error == 0 && now >= checkAt_ && (error = part->check()) != 0;
-    if (now >= checkAt_) checkAt_ = now + kCheckInterval;
-    if (error != 0) {
-      const std::scoped_lock guard(lock_);
-      unsynced_.insert(unsynced_.begin(), ranges.begin(), ranges.end());
-      if (part == part_) {
-        lost ? startOver(error) : partFailed(error);
-      }
-      updateStatus();
-    }
-  }
+  syncParts(now);
   if (now < spaceAt_) return;
   spaceAt_ = now + kSpaceInterval;
   const JournalStatus was = status();
-  const bool acquiring = buffer::setRecModeX != 0 && buffer::setPauseX == 0;
+  // Going round, a journal takes no more than it has.
+  const bool acquiring = buffer::setRecModeX == kRecording && buffer::setPauseX == 0 &&
+                         !(was.wrapped && buffer::setLoopModeX != 0);
   space_.check(at_.files, at_.folders.resolve(kJournalFolder),
                acquiring ? journalnumbers::bytesASecond(was.bytes, was.frames) : 0.0);
   const std::scoped_lock guard(queueLock_);

@@ -20,6 +20,7 @@
 #include "JournalCursor.h"
 #include "JournalFormat.h"
 #include "JournalPart.h"
+#include "JournalRing.h"
 #include "SampleStore.h"
 #include "ThreadLauncher.h"
 
@@ -57,8 +58,9 @@ struct JournalStatus {
 /// session begins with the first frame and gets files of its own names, which are removed once a
 /// document holds the recording. When the disk fails, one line is printed and recording goes on in
 /// memory; the journal tries again every 5 seconds with a new file (part) of the session, and what
-/// was missed follows. Unless a method says otherwise any thread but the acquisition thread; a call
-/// may wait for a write.
+/// was missed follows. In loop mode the session is cut into parts, and those whose points were all
+/// written over are removed: a journal takes about as much room as the loop. Unless a method says
+/// otherwise any thread but the acquisition thread; a call may wait for a write.
 class JournalWriter {
  public:
   static constexpr std::chrono::milliseconds kWriteInterval{200};
@@ -75,7 +77,8 @@ class JournalWriter {
   JournalWriter& operator=(const JournalWriter&) = delete;
 
   /// Starts the threads "journal" and "journalSync"; what is stored from now on is journaled while
-  /// acquiring (`setRecModeX` not 0). This object outlives the launcher's threads. Once.
+  /// recording (`setRecModeX` 1). What is only acquired (2) is not, unless it continues a recording
+  /// that is journaled. This object outlives the launcher's threads. Once.
   void start(ThreadLauncher& threads);
   /// After the launcher's threads ended: writes and syncs what is left and ends the session in
   /// order. Its files stay until a document is saved, unless one holds everything already.
@@ -84,6 +87,9 @@ class JournalWriter {
   /// Another recording begins, or the buffer is about to be replaced by a document: ends the
   /// session as stop() does; the next frame begins a new one. Before the buffer changes.
   void newRecording();
+  /// What was only acquired becomes a recording: journals the points before `end`, which stand in
+  /// the order of time. Nothing happens while a session is journaled anyway.
+  void takeBuffer(std::int64_t end);
   /// Every channel was cleared: call it after recCleare.
   void noteCleared();
   /// Points that were journaled were changed by hand (cleanData, an edit): journals them again.
@@ -117,6 +123,12 @@ class JournalWriter {
     PointRange range;
     bool moves = true;  ///< false: Backfill
   };
+  /// A part that is complete but not yet on the disk.
+  struct Closing {
+    std::shared_ptr<JournalPart> part;  ///< nullptr: none
+    std::vector<PointRange> unsynced;
+    std::size_t number = 0;  ///< in the ring
+  };
   /// A session's files that wait for their document.
   struct Kept {
     std::vector<std::string> parts;
@@ -130,6 +142,7 @@ class JournalWriter {
   void work(std::uint64_t budget);
   void keepNewestFirst();
   void updateStatus();
+  void syncParts(std::int64_t now);  ///< with syncing_ held alone
   /// Behind the last point that a document must hold.
   [[nodiscard]] std::int64_t heldEnd() const { return wrapped_ ? highest_ : position_; }
   [[nodiscard]] JournalPositions positions() const;
@@ -143,6 +156,11 @@ class JournalWriter {
   [[nodiscard]] std::shared_ptr<JournalPart> createPart(int* error);
   void partFailed(int error);
   void startOver(int error);
+  // JournalWriterRing.cpp; all with lock_ held.
+  void cutPart();
+  void noteSynced(const std::vector<PointRange>& ranges, std::size_t part);
+  void dropParts();
+  void removeDropped();
   // JournalWriterChunks.cpp; all with lock_ held. False: the part failed.
   template <typename Payload>
   [[nodiscard]] bool append(journalformat::ChunkKind kind, const Payload& payload);
@@ -182,6 +200,11 @@ class JournalWriter {
   std::deque<Piece> backfill_;            ///< to be written again or late
   std::vector<PointRange> late_;          ///< found at the last look, still being completed
   std::vector<PointRange> unsynced_;      ///< written since the last sync
+  JournalRing ring_;                      ///< what each of parts_ holds
+  Closing closing_;
+  std::size_t dropDue_ = 0;    ///< oldest parts that go with the next sync
+  std::size_t rewritten_ = 0;  ///< 1 + number of the part whose points were written again; 0: none
+  std::int64_t cutAt_ = 0;     ///< when a part is tried to be cut again (clock)
   std::vector<journalformat::Mark> marks_;
   std::optional<journalformat::State> lastState_;
   std::int64_t repeatAt_ = 0;  ///< when session and state are written again (clock)

@@ -44,6 +44,7 @@ bool JournalWriter::append(ChunkKind kind, const Payload& payload) {
 }
 
 template bool JournalWriter::append(ChunkKind kind, const journalformat::End& payload);
+template bool JournalWriter::append(ChunkKind kind, const journalformat::Dropped& payload);
 
 bool JournalWriter::appendSession() {
   journalformat::Session session;
@@ -137,6 +138,7 @@ bool JournalWriter::appendFrames(const PointRange& range, bool moves) {
   }
   if (!append(moves ? ChunkKind::Frames : ChunkKind::Backfill, block_)) return false;
   frames_ += block_.count;
+  ring_.wrote(range);
   if (!unsynced_.empty() && unsynced_.back().end == range.first) {
     unsynced_.back().end = range.end;
   } else {

@@ -67,10 +67,13 @@ void JournalWriter::forgetSession() {
   pending_.clear();
   backfill_.clear();
   unsynced_.clear();
+  ring_.clear();
+  closing_ = {};
+  dropDue_ = rewritten_ = 0;
   late_.clear();
   marks_.clear();
   lastState_.reset();
-  retryAt_ = 0;
+  retryAt_ = cutAt_ = 0;
   error_ = 0;
 }
 
@@ -78,6 +81,9 @@ void JournalWriter::endSession(bool waitsForDocument) {
   if (session_ == 0) return;
   retryAt_ = at_.clock.nanoseconds();
   work(~std::uint64_t{0});
+  if (closing_.part != nullptr) {
+    if (const int error = closing_.part->sync(); error != 0) partFailed(error);
+  }
   if (part_ != nullptr) {
     const bool ended = append(journalformat::ChunkKind::End,
                               journalformat::End{frames_, std::max<std::int64_t>(position_, 0)});
@@ -155,6 +161,7 @@ void JournalWriter::discard() {
   const std::scoped_lock guard(lock_);
   const std::vector<std::string> parts = parts_;
   forgetSession();
+  acquired_ = false;
   removeParts(parts);
   for (Kept& kept : kept_) {
     kept.locks.clear();
@@ -206,6 +213,7 @@ bool JournalWriter::openPart() {
     return false;
   }
   parts_.push_back(part_->path());
+  ring_.begin(frames_);
   failedPart_.reset();
   if (error_ != 0) {
     Print("The journal of this recording goes on in %s.\n", part_->path().c_str());
@@ -231,6 +239,9 @@ void JournalWriter::partFailed(int error) {
     part_.reset();
   }
   // What was not synced may not be on the disk.
+  unsynced_.insert(unsynced_.begin(), closing_.unsynced.begin(), closing_.unsynced.end());
+  closing_ = {};
+  dropDue_ = 0;
   for (auto range = unsynced_.rbegin(); range != unsynced_.rend(); ++range) {
     pending_.push_front({*range, true});
   }
@@ -245,6 +256,7 @@ void JournalWriter::startOver(int error) {
   session_ = numberOf(at_.locks.processMark(), startWall_, retryAt_);
   sequence_ = frames_ = closedBytes_ = 0;
   partNumber_ = 0;
+  ring_.countAnew();
   pending_.clear();
   backfill_.clear();
   const std::int64_t newest = std::max(lowest_, position_ - kNewestPoints);

@@ -7,6 +7,7 @@
 #include <QSettings>
 #include <QTest>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <string>
 
@@ -24,7 +25,14 @@ inline void needApplication() {
   static char name[] = "test_desktop";
   static char* argv[] = {name, nullptr};
   static const bool prepared = [] {
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // Two screens side by side.
+    const std::string screens = home.at("screens.json");
+    std::ofstream(screens) << R"({"screens": [
+        {"name": "one", "x": 0, "y": 0, "width": 1440, "height": 900,
+         "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1},
+        {"name": "two", "x": 1440, "y": 0, "width": 1024, "height": 768,
+         "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})";
+    setenv("QT_QPA_PLATFORM", ("offscreen:configfile=" + screens).c_str(), 1);
     setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
     setenv("OVKA_HOME", home.path().c_str(), 1);
     setPrintSink([](std::string_view) {});
@@ -40,8 +48,9 @@ inline void needApplication() {
 
 /// The main window at work on a source.
 struct ShellFixture {
-  explicit ShellFixture(desktop::SourceChoice::Kind kind) {
-    QSettings().clear();
+  /// `fresh`: nothing is known of an earlier run.
+  explicit ShellFixture(desktop::SourceChoice::Kind kind, bool fresh = true) {
+    if (fresh) QSettings().clear();
     desktop::SourceChoice choice;
     choice.kind = kind;
     bench.openSource(choice, {});

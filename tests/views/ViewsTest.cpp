@@ -3,7 +3,9 @@
 #include <QImage>
 #include <QMenu>
 #include <QPainter>
+#include <QTest>
 #include <QToolButton>
+#include <QWheelEvent>
 #include <cmath>
 #include <doctest/doctest.h>
 #include <memory>
@@ -134,6 +136,63 @@ TEST_CASE("cursors read what the electrodes pick up, also while frozen") {
   CHECK(wave->readOut(QPointF(800, 250)) == before);
   CHECK(before.size() == 5);
   CHECK(buffer::setRecModeX == 1);
+}
+
+TEST_CASE("the pointer reads the landscape; keys, wheel and menu move the eye") {
+  Bench bench;
+  const auto land = bench.shown(ViewKind::Spectrum3D);
+  land->setSeconds(4);
+  bench.pullUntil(12000);
+  const auto read = [&land] {
+    QStringList best;
+    double greatest = -1;
+    for (int x = 0; x < land->width(); x += 20) {
+      for (int y = 0; y < land->height(); y += 20) {
+        const QStringList lines = land->readOut(QPointF(x, y));
+        if (lines.size() != 3) continue;
+        const double value = lines[2].section(' ', -2, -2).toDouble();
+        if (value > greatest) best = lines;
+        greatest = std::max(greatest, value);
+      }
+    }
+    return best;
+  };
+  QStringList lines = read();
+  REQUIRE(lines.size() == 3);
+  CHECK(lines[0].startsWith("A"));
+  CHECK(lines[1].section(' ', 0, 0).toDouble() == doctest::Approx(kSine).epsilon(0.1));
+  CHECK(lines[2].section(' ', 0, 0).toDouble() ==
+        doctest::Approx(50 / std::sqrt(2.0)).epsilon(0.05));
+  CHECK(land->readOut(QPointF(2, 2)).isEmpty());  // beside it there is nothing to read
+
+  land->setMode(1);
+  bench.feed.pull();  // it has been a while
+  bench.pullUntil(bench.feed.frame().point + 5000);
+  lines = read();
+  REQUIRE(lines.size() == 3);
+  CHECK(lines[0].contains("-"));
+  CHECK(lines[2] == "coherence 100 %");
+
+  const float far = display::distanceX;
+  QTest::keyClick(land.get(), Qt::Key_PageUp);
+  CHECK(display::distanceX < far);
+  for (int i = 0; i < 40; ++i) QTest::keyClick(land.get(), Qt::Key_PageDown);
+  CHECK(display::distanceX == 3.0F);
+  const float turn = display::turnX;
+  QTest::keyClick(land.get(), Qt::Key_Right);
+  CHECK(display::turnX > turn);
+  QWheelEvent wheel(QPointF(9, 9), QPointF(9, 9), {}, QPoint(0, 120), Qt::NoButton,
+                    Qt::ShiftModifier, Qt::NoScrollPhase, false);
+  QApplication::sendEvent(land.get(), &wheel);
+  CHECK(display::distanceX < 3.0F);
+  QMenu menu;
+  land->fillMenu(menu);
+  for (QMenu* part : menu.findChildren<QMenu*>()) {
+    if (part->title() == "Coherence pairs") part->actions().front()->trigger();
+    if (part->title() == "Distance") part->actions().front()->trigger();
+  }
+  CHECK(display::pairsX == 0x3E);
+  CHECK(display::distanceX == 0.5F);
 }
 
 TEST_CASE("every view shows every mode at every size, and looking changes nothing") {

@@ -1,52 +1,24 @@
 #include "ControlBinding.h"
 
-#include <array>
-#include <variant>
+#include <type_traits>
 
-#include "DisplayVariables.h"
+#include "DisplayRows.h"
 
 namespace ovka::desktop {
 namespace {
 
-/// A variable of the views that is set by a control.
-struct DisplayRow {
-  std::string_view name;
-  std::variant<Shared<std::int32_t>*, Shared<float>*> variable;
-  double minimum;
-  double maximum;
-};
-
-const auto kDisplayRows = std::to_array<DisplayRow>({
-    {"themeX", &display::themeX, 0, 2},
-    {"textScaleX", &display::textScaleX, 0.5, 3},
-    {"useOpenGLX", &display::useOpenGLX, 0, 1},
-    {"frameRateX", &display::frameRateX, 10, 120},
-    {"alpha2DX", &display::alpha2DX, 0, 1},
-    {"alpha3DX", &display::alpha3DX, 0, 1},
-    {"barFrequencyX", &display::barFrequencyX, 0, 50},
-    {"rawLeftReverseX", &display::rawLeftReverseX, 0, 1},
-    {"rawRightReverseX", &display::rawRightReverseX, 0, 1},
-    {"showThresholdX", &display::showThresholdX, 0, 1},
-    {"showCountsX", &display::showCountsX, 0, 1},
-});
-
-ControlBinding bindDisplay(Workbench& bench, const DisplayRow& row) {
+/// How something looks is set at once, without the way over the desk thread, which may be at work
+/// on a document; with or without an engine.
+template <typename T>
+ControlBinding bindDisplay(Workbench& bench, const display::DisplayRow<T>& row) {
   ControlBinding binding;
   binding.minimum = row.minimum;
   binding.maximum = row.maximum;
-  binding.real = std::holds_alternative<Shared<float>*>(row.variable);
-  binding.get = [&row] {
-    return std::visit([](auto* variable) { return static_cast<double>(variable->get()); },
-                      row.variable);
-  };
+  binding.real = std::is_floating_point_v<T>;
+  binding.get = [&row] { return static_cast<double>(row.variable->get()); };
   binding.set = [&row, &bench](const QString& text) {
-    const double value = std::clamp(text.toDouble(), row.minimum, row.maximum);
-    std::visit(
-        [value](auto* variable) {
-          *variable = static_cast<std::remove_cvref_t<decltype(variable->get())>>(value);
-        },
-        row.variable);
-    display::broughtX = display::broughtX + 1;
+    *row.variable = static_cast<T>(std::clamp(text.toDouble(), row.minimum, row.maximum));
+    display::tellViews();
     Q_EMIT bench.changed(QString::fromLatin1(row.name.data(), static_cast<int>(row.name.size())));
   };
   return binding;
@@ -61,9 +33,10 @@ QString ControlBinding::text() const {
 }
 
 ControlBinding bindControl(Workbench& bench, std::string_view name) {
-  for (const DisplayRow& row : kDisplayRows) {
-    if (row.name == name) return bindDisplay(bench, row);
-  }
+  if (const auto* whole = display::findRow(display::kWholeRows, name))
+    return bindDisplay(bench, *whole);
+  if (const auto* real = display::findRow(display::kRealRows, name))
+    return bindDisplay(bench, *real);
   ControlBinding binding;
   const Setting* setting =
       bench.engine() != nullptr ? bench.engine()->settings().find(name) : nullptr;

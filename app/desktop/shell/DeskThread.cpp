@@ -74,6 +74,7 @@ std::string DeskThread::open(const SourceChoice& choice, bool keepJournal) {
   session_.reset();
   SourceChoice none;
   none.settings = choice.settings;
+  none.onEngine = choice.onEngine;
   for (const bool settings : {true, false}) {
     if (!settings) none.settings.clear();
     session_ = std::make_unique<Session>(none, documents_, midi_);

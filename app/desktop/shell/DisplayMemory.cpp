@@ -1,28 +1,28 @@
 #include "DisplayMemory.h"
 
 #include <QSettings>
-#include <array>
+#include <algorithm>
 
 #include "DisplayGroups.h"
 
 namespace ovka::desktop {
 namespace {
 
-constexpr std::array kGroups{&display::makeDisplayGroup, &display::makeDisplayColorGroup,
-                             &display::makeDisplayWaterfallGroup, &display::makeDisplayBSGroup,
-                             &display::makeFrontDisplayGroup};
+constexpr const auto& kGroups = display::kDisplayGroups;
 
 QString key(std::size_t group) {
-  return QStringLiteral("display/group%1").arg(group);
+  const std::string_view name = kGroups[group].key;
+  return QStringLiteral("display/") +
+         QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
 }
 
 }  // namespace
 
 DisplayMemory keepDisplay() {
   DisplayMemory memory;
-  for (const auto make : kGroups) {
+  for (const auto& group : kGroups) {
     QStringList& texts = memory.emplace_back();
-    for (const std::string& text : make()->texts()) texts << QString::fromStdString(text);
+    for (const std::string& text : group.make()->texts()) texts << QString::fromStdString(text);
   }
   return memory;
 }
@@ -31,7 +31,7 @@ void bringDisplay(const DisplayMemory& memory) {
   for (std::size_t group = 0; group < std::min(memory.size(), kGroups.size()); ++group) {
     std::vector<std::string> texts;
     for (const QString& text : memory[group]) texts.push_back(text.toStdString());
-    if (!texts.empty()) kGroups[group]()->put(texts);
+    if (!texts.empty()) kGroups[group].make()->put(texts);
   }
 }
 

@@ -225,7 +225,16 @@ void DocumentFace::open(const QString& path) {
     work();
 }
 
+/// What is only looked at is kept first, so that all of it goes into the document.
+bool DocumentFace::keepFirst(const std::function<void()>& then) {
+  Recorder& recorder = bench_.recorder();
+  if (recorder.state() != RecordState::Live || recorder.keepsJournal()) return false;
+  recorder.keep(then);
+  return recorder.keepsJournal();
+}
+
 void DocumentFace::save(const std::function<void()>& then) {
+  if (keepFirst([this, then] { save(then); })) return;
   if (path_.isEmpty()) {
     saveAs(then);
   } else {
@@ -234,6 +243,7 @@ void DocumentFace::save(const std::function<void()>& then) {
 }
 
 void DocumentFace::saveAs(const std::function<void()>& then) {
+  if (keepFirst([this, then] { saveAs(then); })) return;
   const QString proposal =
       path_.isEmpty()
           ? documentsFolder() + QLatin1Char('/') +

@@ -56,6 +56,7 @@ class DocumentFace final : public QObject {
   void run(const std::shared_ptr<Job>& job, const QString& label, bool cancellable);
   void finish(const std::shared_ptr<Job>& job);
   [[nodiscard]] bool openingTakesSamples() const;
+  [[nodiscard]] bool keepFirst(const std::function<void()>& then);
   void showProgress();
   void setPath(const QString& path);
 

@@ -5,7 +5,6 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDragEnterEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMimeData>
@@ -15,11 +14,9 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "AmplifierVariables.h"
 #include "Banner.h"
 #include "BufferVariables.h"
 #include "DisplayMemory.h"
-#include "LinuxSerialPorts.h"
 #include "Look.h"
 #include "ScrubBar.h"
 #include "SetupWindow.h"
@@ -34,21 +31,6 @@ constexpr int kTick = 33;  // ms
 
 bool isCapture(const QString& path) {
   return path.endsWith(QStringLiteral(".cap"), Qt::CaseInsensitive);
-}
-
-/// The source used last, as long as its port is there.
-SourceChoice rememberedSource() {
-  SourceChoice choice;
-  choice.kind = SourceChoice::Kind::Demo;
-  const QString port = QSettings().value(QStringLiteral("source/port")).toString();
-  if (port.isEmpty()) return choice;
-  LinuxSerialPorts serial;
-  for (const SerialDevice& device : serial.devices(nullptr)) {
-    if (QString::fromStdString(device.path) != port) continue;
-    choice.kind = SourceChoice::Kind::Serial;
-    choice.paths = {device.path};
-  }
-  return choice;
 }
 
 }  // namespace
@@ -102,20 +84,7 @@ void MainWindow::build() {
 }
 
 void MainWindow::connectParts() {
-  connect(transport_, &TransportRow::sourceChosen, this, &MainWindow::useSource);
-  connect(transport_, &TransportRow::documentWanted, &documents_, &DocumentFace::openWithDialog);
-  connect(transport_, &TransportRow::captureWanted, this, [this] {
-    auto* dialog = new QFileDialog(this, QStringLiteral("Open a capture"), {},
-                                   QStringLiteral("Captures (*.cap);;All files (*)"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) {
-      SourceChoice choice;
-      choice.kind = SourceChoice::Kind::Capture;
-      choice.paths = {path.toStdString()};
-      useSource(choice);
-    });
-    dialog->open();
-  });
+  connectSource();
   connect(transport_, &TransportRow::recordPressed, this, &MainWindow::toggleRecord);
   connect(transport_, &TransportRow::pausePressed, this, &MainWindow::togglePause);
   connect(transport_, &TransportRow::livePressed, this, &MainWindow::goLive);
@@ -156,45 +125,6 @@ void MainWindow::connectParts() {
   });
 }
 
-void MainWindow::start(const StartChoice& choice) {
-  SourceChoice source = choice.source;
-  if (source.kind == SourceChoice::Kind::None) source = rememberedSource();
-  bench_.feed().start();
-  const QString document = choice.document;
-  bench_.openSource(source, [this, document](const QString& problem) {
-    transport_->listSources();
-    if (!problem.isEmpty()) tell(QStringLiteral("The source could not be started."), problem, true);
-    if (!document.isEmpty()) openFile(document);
-    offerRecovery();
-  });
-}
-
-void MainWindow::useSource(const SourceChoice& choice) {
-  SourceChoice plain = choice;
-  plain.settings.clear();
-  documents_.guard(QStringLiteral("another source is started"), [this, plain] {
-    bench_.openSource(plain, [this, plain](const QString& problem) {
-      transport_->listSources();
-      documents_.refresh();
-      banner_->withdraw(QStringLiteral("source"));
-      banner_->withdraw(QStringLiteral("line"));
-      lineLost_ = false;
-      if (problem.isEmpty()) {
-        QSettings().setValue(QStringLiteral("source/port"),
-                             plain.kind == SourceChoice::Kind::Serial && !plain.paths.empty()
-                                 ? QString::fromStdString(plain.paths.front())
-                                 : QString());
-        return;
-      }
-      banner_->show({Banner::Level::Problem,
-                     QStringLiteral("The source could not be started."),
-                     problem,
-                     {{QStringLiteral("Try again"), [this, plain] { useSource(plain); }}},
-                     QStringLiteral("source")});
-    });
-  });
-}
-
 void MainWindow::openFile(const QString& path) {
   if (!isCapture(path)) {
     documents_.open(path);
@@ -207,6 +137,12 @@ void MainWindow::openFile(const QString& path) {
 }
 
 void MainWindow::performAction(const QString& selector, int sender) {
+  const bool portOn = selector == QLatin1String("setPortONandLoadPrefAction:") ||
+                      (selector == QLatin1String("setPortONAction:") && sender != 0);
+  if (portOn) {
+    switchPort(selector);
+    return;
+  }
   const auto perform = [this, selector, sender](const std::function<void()>& done) {
     bench_.perform(selector.toStdString(), sender, done);
   };
@@ -265,6 +201,18 @@ void MainWindow::togglePause() {
 void MainWindow::goLive() {
   documents_.guard(QStringLiteral("the living signal takes its place"),
                    [this] { bench_.recorder().goLive([this] { documents_.refresh(); }); });
+}
+
+void MainWindow::keepSeen() {
+  bench_.recorder().keep([this] {
+    documents_.refresh();
+    banner_->show({Banner::Level::Note,
+                   QStringLiteral("The last %1 are a recording now.")
+                       .arg(clockText(bench_.recorder().seconds())),
+                   QStringLiteral("Live goes back to the living signal."),
+                   {{QStringLiteral("Save"), [this] { documents_.save(); }}},
+                   QStringLiteral("kept")});
+  });
 }
 
 void MainWindow::panic() {

@@ -71,6 +71,12 @@ class MainWindow final : public QMainWindow {
   void makeOpenMenu(QMenu& menu);
   void makeSetupMenu();
   void makeHelpMenu();
+  // MainWindowSource.cpp
+  void connectSource();
+  void chooseCapture();
+  void rememberSource(const SourceChoice& choice) const;
+  void switchPort(const QString& selector);
+  void showSourceProblem(const SourceChoice& choice, const QString& problem);
   // MainWindowWatch.cpp
   void watch();
   void watchEnd();
@@ -82,6 +88,7 @@ class MainWindow final : public QMainWindow {
   void toggleRecord();
   void togglePause();
   void goLive();
+  void keepSeen();
   void addNote();
   void applyLook();
   void refreshTitle();

@@ -113,21 +113,35 @@ void Recorder::stop() {
   finishRecording();
 }
 
+void Recorder::keep(const std::function<void()>& done) {
+  if (engine_ == nullptr || state() != RecordState::Live || recorded_ || buffer::ploop <= start())
+    return;
+  recorded_ = changed_ = true;
+  standAt(buffer::ploop);
+  finishRecording(true, done);
+}
+
 /// The journal takes the last points before the position may move; then a recording that went round
-/// comes into the order of time, so that playing and saving it takes all of it.
-void Recorder::finishRecording() {
+/// comes into the order of time, so that playing and saving it takes all of it. What was only
+/// looked at is in no journal yet.
+void Recorder::finishRecording(bool looked, const std::function<void()>& done) {
   Engine* engine = engine_;
   const bool wrapped = std::exchange(wrapped_, false);
   busy_ = true;
   desk_.post(
-      [engine, wrapped] {
-        static_cast<void>(engine->documents()->journal().flush());
-        if (wrapped) engine->documents()->straightenRecording();
+      [engine, wrapped, looked] {
+        DocumentDesk& desk = *engine->documents();
+        static_cast<void>(desk.journal().flush());
+        if (wrapped) desk.straightenRecording();
+        if (!looked) return;
+        desk.journal().takeBuffer(buffer::ploop);
+        static_cast<void>(desk.journal().flush());
       },
-      [this, engine, wrapped] {
+      [this, engine, wrapped, done] {
         if (engine_ != engine) return;
         busy_ = false;
         if (wrapped) standAt(static_cast<std::int64_t>(buffer::maxploop.get()));
+        if (done) done();
       });
 }
 
@@ -194,7 +208,8 @@ bool Recorder::tick() {
   if (busy_ || saving_ || engine_ == nullptr) return false;
   const RecordState now = state();
   const std::int64_t point = buffer::ploop;
-  if (now == RecordState::Recording && point < lastPoint_) wrapped_ = true;
+  const bool runs = now == RecordState::Recording || now == RecordState::Live;
+  if (runs && point < lastPoint_) wrapped_ = true;
   lastPoint_ = point;
   if (now == RecordState::Review && point != standing_) moveTo(standing_);
   if (now == RecordState::Playing && !loop_ && buffer::ploop >= end_) {

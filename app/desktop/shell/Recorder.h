@@ -36,6 +36,9 @@ class Recorder {
   void record(const std::function<void()>& done = {});
   /// Ends the recording; it stands at its end for review.
   void stop();
+  /// What was just looked at becomes a recording, as long as the buffer reaches back; it stands for
+  /// review. Nothing but a living picture can be kept so. `done` follows once it is journaled.
+  void keep(const std::function<void()>& done = {});
   void pause(bool paused);
   /// The choice of the user; a running recording takes it over at once.
   void setLoop(bool loop);
@@ -82,7 +85,7 @@ class Recorder {
   void restartHere(Engine& engine, std::int32_t mode, std::int32_t loop, bool keepJournal);
   void standAt(std::int64_t point);
   void moveTo(std::int64_t point);
-  void finishRecording();
+  void finishRecording(bool looked = false, const std::function<void()>& done = {});
 
   DeskThread& desk_;
   Engine* engine_ = nullptr;

@@ -49,12 +49,10 @@ std::string Session::open() {
   std::string problem = choice_.kind == SourceChoice::Kind::Capture ? openReplay() : openLive();
   if (!problem.empty()) return problem;
   open_ = true;
+  if (choice_.onEngine) choice_.onEngine();
   applyDefaults();
   // What is shown is not yet a recording: it goes round in the buffer until one is asked for.
-  if (choice_.acquires()) {
-    buffer::setLoopModeX = 1;
-    buffer::setRecModeX = kAcquiring;
-  }
+  if (choice_.acquires()) beLive(engine());
   return {};
 }
 
@@ -100,10 +98,11 @@ void Session::applyDefaults() {
   desk.panel().SevDevConfig4();
   if (!choice_.defaultPreset) return;
   int missing = 0;
-  tookPreset_ = documents_.files.read(documents_.folders.resolve(presetPath(kDefaultPresetName)),
-                                      &missing) != nullptr;
+  const bool there =
+      documents_.files.read(documents_.folders.resolve(presetPath(kDefaultPresetName)), &missing) !=
+      nullptr;
   DocumentError error;
-  if (tookPreset_ && !desk.panel().loadAtStart(true, &error))
+  if (there && !desk.panel().loadAtStart(true, &error))
     documents_.dialogs.alert(error.description, error.detail.empty() ? error.reason : error.detail);
   for (const std::string& setting : choice_.settings) {
     if (const std::string problem = engine().assign(setting); !problem.empty())
@@ -146,6 +145,13 @@ std::string Session::source() const {
       break;
   }
   return choice_.paths.empty() ? std::string() : choice_.paths.front();
+}
+
+void beLive(Engine& engine) {
+  buffer::setLoopModeX = 1;
+  buffer::setRecModeX = kAcquiring;
+  // Opening a line begins a recording, as the system does; that one was none.
+  engine.documents()->journal().discard();
 }
 
 std::vector<std::string> carriedSettings(Engine& engine, SourceChoice::Kind from) {

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,8 +25,10 @@ struct SourceChoice {
   };
   Kind kind = Kind::None;
   std::vector<std::string> paths;     ///< the lines, or the capture file
+  std::int32_t model = -1;            ///< amplifier model of the lines; -1: the present setting
   std::vector<std::string> settings;  ///< "NAME=VALUE", each, in their order
   bool defaultPreset = false;         ///< the default preset goes before the settings
+  std::function<void()> onEngine;     ///< run once there is an engine, before the default preset
 
   [[nodiscard]] bool acquires() const { return kind != Kind::None; }
 };
@@ -53,8 +56,6 @@ class Session {
   [[nodiscard]] const SourceChoice& choice() const { return choice_; }
   /// For a person: a path, "virtual amplifier".
   [[nodiscard]] std::string source() const;
-  /// Whether there was a default preset that was taken.
-  [[nodiscard]] bool tookPreset() const { return tookPreset_; }
   /// The end of a capture was reached; `damage` is one line when that was before its end.
   [[nodiscard]] bool ended() const { return ended_; }
   [[nodiscard]] std::string damage() const { return replay_ ? replay_->damage() : std::string(); }
@@ -73,8 +74,10 @@ class Session {
   std::chrono::steady_clock::time_point start_;
   bool open_ = false;
   bool ended_ = false;
-  bool tookPreset_ = false;
 };
+
+/// What comes in from now on is looked at, not recorded: it goes round in the buffer.
+void beLive(Engine& engine);
 
 /// Settings of an engine that a session of another source is to go on with.
 [[nodiscard]] std::vector<std::string> carriedSettings(Engine& engine, SourceChoice::Kind from);

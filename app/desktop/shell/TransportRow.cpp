@@ -4,20 +4,15 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QSignalBlocker>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "BufferVariables.h"
-#include "LinuxSerialPorts.h"
 #include "Look.h"
 
 namespace ovka::desktop {
 namespace {
-
-/// What an entry of the source list stands for, beside its path.
-enum Entry { Demo, Port, Capture, Document, LookAgain };
 
 QPushButton* makeButton(const char* name, const QString& text, const QString& tip) {
   auto* button = new QPushButton(text);
@@ -80,81 +75,6 @@ TransportRow::TransportRow(Workbench& bench, QWidget* parent)
   applyLook();
 }
 
-QWidget* TransportRow::makeSource() {
-  auto* part = new QWidget;
-  auto* row = new QHBoxLayout(part);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(look::kGrid);
-  sources_->setObjectName(QStringLiteral("source"));
-  sources_->setAccessibleName(QStringLiteral("Source"));
-  sources_->setToolTip(QStringLiteral("Where the samples come from."));
-  sources_->setMinimumHeight(30);
-  sources_->setMinimumWidth(210);
-  sources_->setMaximumWidth(280);
-  sources_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  start_->setObjectName(QStringLiteral("start"));
-  start_->setMinimumHeight(40);
-  start_->setFocusPolicy(Qt::TabFocus);
-  sources_->setFocusPolicy(Qt::TabFocus);
-  start_->setToolTip(QStringLiteral("Acquires from the chosen source."));
-  connect(start_, &QPushButton::clicked, this, [this] { chooseSource(sources_->currentIndex()); });
-  connect(sources_, &QComboBox::activated, this, [this](int index) {
-    // Entries that only open something do so at once; sources wait for Start.
-    if (sources_->itemData(index).toInt() >= Capture) chooseSource(index);
-  });
-  row->addWidget(sources_);
-  row->addWidget(start_);
-  return part;
-}
-
-void TransportRow::listSources() {
-  const QSignalBlocker quiet(sources_);
-  sources_->clear();
-  const auto add = [this](const QString& text, Entry kind, const QString& path = {}) {
-    sources_->addItem(text, kind);
-    sources_->setItemData(sources_->count() - 1, path, Qt::UserRole + 1);
-    if (!path.isEmpty()) sources_->setItemData(sources_->count() - 1, path, Qt::ToolTipRole);
-  };
-  add(QStringLiteral("Demo: virtual amplifier"), Demo);
-  LinuxSerialPorts serial;
-  for (const SerialDevice& device : serial.devices(nullptr))
-    add(QString::fromStdString(device.name), Port, QString::fromStdString(device.path));
-  const SourceChoice& now = bench_.source();
-  if (now.kind == SourceChoice::Kind::Capture && !now.paths.empty())
-    add(bench_.sourceText().section(QLatin1Char('/'), -1), Capture, bench_.sourceText());
-  if (now.kind == SourceChoice::Kind::Serial && !now.paths.empty() &&
-      sources_->findData(bench_.sourceText(), Qt::UserRole + 1) < 0)
-    add(bench_.sourceText(), Port, bench_.sourceText());
-  sources_->insertSeparator(sources_->count());
-  add(QStringLiteral("Open a capture …"), Capture);
-  add(QStringLiteral("Open a document …"), Document);
-  add(QStringLiteral("Look for ports again"), LookAgain);
-  const int present =
-      now.paths.empty() ? 0 : sources_->findData(bench_.sourceText(), Qt::UserRole + 1);
-  sources_->setCurrentIndex(std::max(present, 0));
-}
-
-void TransportRow::chooseSource(int index) {
-  const QString path = sources_->itemData(index, Qt::UserRole + 1).toString();
-  const int kind = sources_->itemData(index).toInt();
-  if (kind == LookAgain) {
-    listSources();
-  } else if (kind == Document) {
-    listSources();
-    Q_EMIT documentWanted();
-  } else if (kind == Capture && path.isEmpty()) {
-    listSources();
-    Q_EMIT captureWanted();
-  } else {
-    SourceChoice choice;
-    choice.kind = kind == Demo   ? SourceChoice::Kind::Demo
-                  : kind == Port ? SourceChoice::Kind::Serial
-                                 : SourceChoice::Kind::Capture;
-    if (!path.isEmpty()) choice.paths = {path.toStdString()};
-    Q_EMIT sourceChosen(choice);
-  }
-}
-
 QWidget* TransportRow::makeButtons() {
   auto* part = new QWidget;
   auto* row = new QHBoxLayout(part);
@@ -203,8 +123,10 @@ QWidget* TransportRow::makeClock() {
       left_->fontMetrics().horizontalAdvance(QStringLiteral("Live, not recording  ")));
   auto* texts = new QVBoxLayout;
   texts->setSpacing(0);
+  texts->addStretch(1);
   texts->addWidget(state_);
   texts->addWidget(left_);
+  texts->addStretch(1);
   row->addWidget(clock_);
   row->addLayout(texts);
   return part;
@@ -223,6 +145,11 @@ void TransportRow::refresh() {
   start_->setEnabled(!busy);
   start_->setText(busy ? QStringLiteral("Starting …") : QStringLiteral("Start"));
   loop_->setChecked(bench_.recorder().loop());
+  // Follows the setting whenever that changes; what is chosen here waits for Start.
+  if (const std::uint32_t model = buffer::SelectDevice; model != model_) {
+    model_ = model;
+    models_->setCurrentIndex(static_cast<int>(model));
+  }
   refreshClock(state);
   refreshLight();
   shown_ = state;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
 #include <cstdint>
 #include <functional>
@@ -9,6 +10,7 @@
 class QComboBox;
 class QLabel;
 class QPushButton;
+class QToolButton;
 
 namespace ovka::desktop {
 
@@ -37,10 +39,16 @@ class TransportRow final : public QWidget {
   void pausePressed();
   void livePressed();
   void panicPressed();
+  /// A window action by its selector.
+  void performWanted(const QString& selector, int sender);
 
  private:
   void chooseSource(int index);
   [[nodiscard]] QWidget* makeSource();
+  [[nodiscard]] QWidget* makeLine();
+  void makePortMenu();
+  void fillMorePorts();
+  void refreshSource();
   [[nodiscard]] QWidget* makeButtons();
   [[nodiscard]] QWidget* makeClock();
   void refreshButtons(RecordState state);
@@ -49,6 +57,12 @@ class TransportRow final : public QWidget {
 
   Workbench& bench_;
   QComboBox* sources_;
+  QWidget* line_ = nullptr;  ///< what a serial source has besides
+  QComboBox* models_ = nullptr;
+  QToolButton* morePorts_ = nullptr;
+  QToolButton* portMenu_ = nullptr;
+  QStringList further_;        ///< ports 2 to 4 of a model with one channel a port, in their order
+  std::uint32_t model_ = ~0U;  ///< `SelectDevice` as shown last
   QPushButton* start_;
   QPushButton* record_;
   QPushButton* pause_;

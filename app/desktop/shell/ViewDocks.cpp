@@ -1,6 +1,7 @@
 #include "ViewDocks.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QComboBox>
 #include <QDockWidget>
 #include <QGuiApplication>
@@ -9,6 +10,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QScreen>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -88,6 +90,10 @@ ViewDocks::ViewDocks(Workbench& bench, QWidget* parent) : QMainWindow(parent), b
   setDockNestingEnabled(true);
   setDockOptions(AllowNestedDocks | AllowTabbedDocks);
   setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
+  note_ = new QTimer(this);
+  note_->setSingleShot(true);
+  note_->setInterval(100);
+  connect(note_, &QTimer::timeout, this, &ViewDocks::noteArrangement);
   for (std::size_t i = 0; i < display::kViewKinds; ++i) {
     View* view = makeView(kindOf(i), bench_.feed());
     auto* dock = new QDockWidget(viewTitle(kindOf(i)));
@@ -98,8 +104,8 @@ ViewDocks::ViewDocks(Workbench& bench, QWidget* parent) : QMainWindow(parent), b
     docks_[i] = dock;
     dock->setTitleBarWidget(makeTitle(kindOf(i)));
     dock->setWidget(view);
-    connect(dock, &QDockWidget::visibilityChanged, this,
-            [this, kind = kindOf(i)](bool visible) { noteVisible(kind, visible); });
+    dock->installEventFilter(this);
+    connect(dock, &QDockWidget::visibilityChanged, note_, qOverload<>(&QTimer::start));
   }
   connect(&bench_.feed(), &Feed::settingsBrought, this, &ViewDocks::takeBrought);
   arrangeDefault();
@@ -142,19 +148,71 @@ void ViewDocks::arrangeDefault() {
   resizeDocks({&dock(K::RawWave), &dock(K::Waterfall)}, {11, 9}, Qt::Vertical);
 }
 
-void ViewDocks::noteVisible(ViewKind kind, bool visible) {
-  display::window(kind).open = visible ? 1 : 0;
+void ViewDocks::noteArrangement() {
+  note_->stop();
+  // What a document brought is not arranged yet; on full screen a view is away from its dock.
+  if (display::broughtX != brought_ || stage_ != nullptr) return;
+  if (bench_.desk().busy()) {
+    note_->start();
+    return;
+  }
+  for (std::size_t i = 0; i < display::kViewKinds; ++i) {
+    const QDockWidget& dock = *docks_[i];
+    display::ViewWindow& window = display::window(kindOf(i));
+    window.open = dock.isHidden() ? 0 : 1;
+    // Behind the tab of another one.
+    window.front = dock.isVisible() && dock.visibleRegion().isEmpty() ? 1 : 0;
+    window.width = dock.width();
+    window.height = dock.height();
+    window.x = dock.x();
+    window.y = dock.y();
+  }
+  display::keepLayout(layout().toBase64().toStdString());
+  remember();
+}
+
+void ViewDocks::remember() {
+  noted_ = display::keptLayout();
+  for (std::size_t i = 0; i < open_.size(); ++i) open_[i] = display::window(kindOf(i)).open != 0;
 }
 
 /// A document or preset says which windows were open; one that says nothing changes nothing.
 void ViewDocks::takeBrought() {
+  // A document at work brings group after group.
+  if (bench_.desk().busy()) {
+    QTimer::singleShot(note_->interval(), this, &ViewDocks::takeBrought);
+    return;
+  }
+  brought_ = display::broughtX;
+  const std::string kept = display::keptLayout();
   bool any = false;
-  for (std::size_t i = 0; i < display::kViewKinds; ++i)
-    any = any || display::window(kindOf(i)).open != 0;
-  if (!any) return;
-  for (std::size_t i = 0; i < display::kViewKinds; ++i) {
+  bool same = true;
+  for (std::size_t i = 0; i < open_.size(); ++i) {
     const bool open = display::window(kindOf(i)).open != 0;
-    if (docks_[i]->isHidden() == open) docks_[i]->setVisible(open);
+    any = any || open;
+    same = same && open == open_[i];
+  }
+  if (kept == noted_ && same) return;
+  const QByteArray layout = QByteArray::fromBase64(QByteArray::fromStdString(kept));
+  if (any || !layout.isEmpty()) {
+    leaveFullScreen();
+    if (kept == noted_ || layout.isEmpty() || !restoreLayout(layout)) restoreWindows();
+  }
+  remember();
+  note_->start();
+}
+
+/// Without a layout of this program: what is open, what is in front, and where detached ones lie.
+void ViewDocks::restoreWindows() {
+  for (std::size_t i = 0; i < display::kViewKinds; ++i) {
+    const display::ViewWindow& window = display::window(kindOf(i));
+    QDockWidget& dock = *docks_[i];
+    const bool open = window.open != 0;
+    if (dock.isHidden() == open) dock.setVisible(open);
+    if (!open) continue;
+    if (window.front == 0) dock.raise();
+    if (dock.isFloating() && window.width > 0 && window.height > 0)
+      dock.setGeometry(window.x, window.y, window.width, window.height);
   }
 }
 
@@ -208,6 +266,10 @@ void ViewDocks::leaveFullScreen() {
 }
 
 bool ViewDocks::eventFilter(QObject* watched, QEvent* event) {
+  const bool arranged = event->type() == QEvent::Resize || event->type() == QEvent::Move ||
+                        event->type() == QEvent::ShowToParent ||
+                        event->type() == QEvent::HideToParent;
+  if (arranged && qobject_cast<QDockWidget*>(watched) != nullptr) note_->start();
   if (stage_ != nullptr && event->type() == QEvent::KeyPress) {
     const int key = static_cast<QKeyEvent*>(event)->key();
     if (key == Qt::Key_Escape || key == Qt::Key_F11) {
@@ -230,6 +292,13 @@ void ViewDocks::fillMenu(QMenu& menu) {
     menu.addAction(action);
   }
   menu.addSeparator();
+  for (std::size_t i = 0; i < display::kViewKinds; ++i) {
+    QMenu* choices = menu.addMenu(QStringLiteral("%1: choices").arg(viewTitle(kindOf(i))));
+    choices->setObjectName(QStringLiteral("choices%1").arg(i));
+    connect(choices, &QMenu::aboutToShow, this,
+            [this, choices, kind = kindOf(i)] { fillChoices(*choices, kind); });
+  }
+  menu.addSeparator();
   QAction* full = menu.addAction(QStringLiteral("Full screen"));
   full->setShortcut(QKeySequence(Qt::Key_F11));
   connect(full, &QAction::triggered, this, [this] {
@@ -250,6 +319,26 @@ void ViewDocks::fillMenu(QMenu& menu) {
   menu.addAction(QStringLiteral("Detach or dock the view"), this,
                  [this] { dock(chosen()).setFloating(!dock(chosen()).isFloating()); });
   menu.addAction(QStringLiteral("Standard arrangement"), this, &ViewDocks::arrangeDefault);
+}
+
+/// Everything of a view without a pointer.
+void ViewDocks::fillChoices(QMenu& menu, ViewKind kind) {
+  const auto own = Qt::FindDirectChildrenOnly;
+  qDeleteAll(menu.findChildren<QMenu*>(QString(), own));
+  qDeleteAll(menu.findChildren<QActionGroup*>(QString(), own));
+  menu.clear();
+  menu.addAction(QStringLiteral("To the front"), this, [this, kind] {
+    dock(kind).show();
+    dock(kind).raise();
+    view(kind).setFocus();
+  });
+  menu.addAction(QStringLiteral("To the back"), this, [this, kind] {
+    const QList<QDockWidget*> others = tabifiedDockWidgets(&dock(kind));
+    if (!others.isEmpty()) others.front()->raise();
+    if (dock(kind).isFloating()) dock(kind).lower();
+  });
+  menu.addSeparator();
+  view(kind).fillMenu(menu);
 }
 
 void ViewDocks::applyLook() {

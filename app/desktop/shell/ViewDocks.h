@@ -2,12 +2,14 @@
 
 #include <QMainWindow>
 #include <array>
+#include <string>
 
 #include "View.h"
 #include "Workbench.h"
 
 class QDockWidget;
 class QMenu;
+class QTimer;
 
 namespace ovka::desktop {
 
@@ -37,6 +39,9 @@ class ViewDocks final : public QMainWindow {
 
   [[nodiscard]] QByteArray layout() const { return saveState(kLayoutVersion); }
   bool restoreLayout(const QByteArray& layout) { return restoreState(layout, kLayoutVersion); }
+  /// Puts the arrangement into the display variables, where documents and presets find it. Done by
+  /// itself shortly after every change.
+  void noteArrangement();
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -45,11 +50,17 @@ class ViewDocks final : public QMainWindow {
   static constexpr int kLayoutVersion = 1;
   [[nodiscard]] QWidget* makeTitle(ViewKind kind);
   void takeBrought();
-  void noteVisible(ViewKind kind, bool visible);
+  void restoreWindows();
+  void remember();
+  void fillChoices(QMenu& menu, ViewKind kind);
 
   Workbench& bench_;
   std::array<View*, display::kViewKinds> views_{};
   std::array<QDockWidget*, display::kViewKinds> docks_{};
+  QTimer* note_ = nullptr;  ///< runs until a change is noted
+  std::uint32_t brought_ = display::broughtX;
+  std::string noted_;  ///< arrangement as it was noted or taken last
+  std::array<bool, display::kViewKinds> open_{};
   QWidget* stage_ = nullptr;  ///< the full screen; nullptr: none
   ViewKind staged_ = ViewKind::RawWave;
 };

@@ -40,7 +40,12 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
   const bool keepJournal = recorder_.keepsJournal();
   const SourceChoice::Kind from = source_.kind;
   choice.defaultPreset = std::exchange(first_, false);
-  const DisplayMemory display = choice.defaultPreset ? storedDisplay() : keepDisplay();
+  // What the user's preset says of the views goes before what they were.
+  choice.onEngine = [display = choice.defaultPreset ? storedDisplay() : keepDisplay()] {
+    bringDisplay(display);
+  };
+  if (choice.kind == SourceChoice::Kind::Serial && choice.model >= 0)
+    choice.settings.push_back("SelectDevice=" + std::to_string(choice.model));
   opening_ = true;
   detach();
   struct Result {
@@ -48,7 +53,6 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
     std::string source;
     SourceChoice choice;
     Engine* engine = nullptr;
-    bool preset = false;
   };
   const auto result = std::make_shared<Result>();
   desk_.post(
@@ -64,16 +68,15 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
           result->engine = &now->engine();
           result->source = now->source();
           result->choice = now->choice();
-          result->preset = now->tookPreset();
         }
       },
-      [this, result, display, done] {
+      [this, result, done] {
         opening_ = false;
         engine_ = result->engine;
         source_ = result->choice;
+        // Started again it takes the model that is set by then.
+        source_.model = -1;
         sourceText_ = QString::fromStdString(result->source);
-        // What the user's preset says of the views goes before what they were.
-        if (!result->preset) bringDisplay(display);
         recorder_.attach(engine_, source_.acquires());
         feed_.setEngine(engine_);
         Q_EMIT engineChanged();
@@ -105,6 +108,33 @@ void Workbench::perform(const std::string& selector, std::int32_t sender,
                if (done) done();
                Q_EMIT changed(QString::fromStdString(selector));
              });
+}
+
+void Workbench::switchPort(const std::string& selector, const std::string& chosen,
+                           const std::function<void()>& done) {
+  if (engine_ == nullptr) return;
+  Engine* engine = engine_;
+  const auto path = std::make_shared<std::string>();
+  desk_.post(
+      [engine, selector, chosen, path] {
+        DocumentDesk& desk = *engine->documents();
+        if (!chosen.empty()) desk.setChosenPort(chosen);
+        static_cast<void>(engine->actions().perform(selector, 1));
+        if (engine->ports().lineState(1) != AmplifierPorts::LineState::Running) return;
+        *path = desk.chosenPorts().path;
+        beLive(*engine);
+      },
+      [this, engine, path, selector, done] {
+        if (engine_ != engine) return;
+        if (!path->empty()) {
+          source_.kind = SourceChoice::Kind::Serial;
+          source_.paths = {*path};
+          sourceText_ = QString::fromStdString(*path);
+          recorder_.attach(engine_, true);
+        }
+        if (done) done();
+        Q_EMIT changed(QString::fromStdString(selector));
+      });
 }
 
 void Workbench::deliver() {

@@ -68,6 +68,11 @@ class Workbench final : public QObject {
   void perform(const std::string& selector, std::int32_t sender = 0,
                const std::function<void()>& done = {});
 
+  /// Performs an action that switches the input port on, in a session without input; a port that
+  /// is open then is the source. `chosen`: the port that the action takes for chosen; empty: none.
+  void switchPort(const std::string& selector, const std::string& chosen,
+                  const std::function<void()>& done);
+
   /// Delivers what the desk thread finished. The main window's timer calls it.
   void deliver();
 

@@ -116,6 +116,8 @@ void Spectrum3DView::makeLandscape(Panel& panel, double newest) const {
   // Landscape rows begin at fixed history rows, or their ridges would flicker while they move.
   const double front = std::floor(newest / each);
   land.shift = static_cast<float>(newest / each - front);
+  panel.front = front;
+  panel.each = each;
   land.heights.assign(land.depth * land.columns, 0.0F);
   land.rows = 0;
   for (std::size_t row = 0; row < land.depth; ++row) {
@@ -352,27 +354,6 @@ void Spectrum3DView::paintFigures(QPainter& painter) {
     if (metrics.horizontalAdvance(text) > room) continue;
     painter.drawText(QPointF(box.right() + 6, box.top() + 6 + metrics.ascent()), text);
   }
-}
-
-QStringList Spectrum3DView::readOut(QPointF /*at*/) const {
-  return {};
-}
-
-void Spectrum3DView::mousePressEvent(QMouseEvent* event) {
-  dragged_ = event->position();
-  SceneView::mousePressEvent(event);
-}
-
-void Spectrum3DView::mouseMoveEvent(QMouseEvent* event) {
-  if ((event->buttons() & Qt::LeftButton) != 0) {
-    const QPointF moved = event->position() - dragged_;
-    dragged_ = event->position();
-    display::turnX =
-        std::clamp(display::turnX + static_cast<float>(moved.x()) * 0.4F, -80.0F, 80.0F);
-    display::tiltX = std::clamp(display::tiltX + static_cast<float>(moved.y()) * 0.3F, 5.0F, 85.0F);
-    stalePicture();
-  }
-  SceneView::mouseMoveEvent(event);
 }
 
 }  // namespace ovka::desktop

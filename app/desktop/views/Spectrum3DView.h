@@ -35,6 +35,10 @@ class Spectrum3DView final : public SceneView {
   void paintFigures(QPainter& painter) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void addOwnControls(QHBoxLayout& row, QWidget* parent) override;
+  void addOwnMenu(QMenu& menu) override;
 
  private:
   static constexpr std::size_t kSources = kChannels + kPairs;
@@ -47,6 +51,8 @@ class Spectrum3DView final : public SceneView {
     double threshold = -1;  ///< height at which the brain switch counts; below 0: none
     QString thresholdText;
     std::vector<float> counts;  ///< a column an entry, 0 to 1
+    double front = 0;           ///< landscape rows up to the newest, of `each` history rows
+    double each = 1;
   };
   [[nodiscard]] bool coherence() const { return choice().mode == 1; }
   [[nodiscard]] double heightOf(double value, const Panel& panel) const;
@@ -55,6 +61,15 @@ class Spectrum3DView final : public SceneView {
   void followScale(const Frame& frame);
   void followPanel(Panel& panel, const Frame& frame);
   void makeLandscape(Panel& panel, double newest) const;
+  struct Place {
+    std::size_t row = 0, column = 0;
+  };
+  [[nodiscard]] std::optional<Place> placeAt(const Panel& panel, QPointF at) const;
+  [[nodiscard]] QStringList readPlace(const Panel& panel, const Place& place) const;
+  void turnBy(double turn, double tilt);
+  void setDistance(double distance);
+  void fillCamera(QMenu& menu);
+  void fillPairs(QMenu& menu);
   void followSwitch(Panel& panel, const Frame& frame);
   void paintFloor(QPainter& painter, const Panel& panel, const QMatrix4x4& matrix);
   void paintSwitch(QPainter& painter, const Panel& panel, const QMatrix4x4& matrix);

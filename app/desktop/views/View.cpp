@@ -50,8 +50,12 @@ View::View(ViewKind kind, Feed& feed, QWidget* parent)
   connect(&feed_, &Feed::pulled, this, &View::onPulled);
   connect(&feed_, &Feed::settingsBrought, this, &View::restoreSettings);
   connect(&feed_, &Feed::engineChanged, this, [this] {
-    // A new engine puts the variables back to their defaults; what the user sees stays.
-    saveSettings();
+    // A new engine puts the variables back to their defaults; what the user sees stays, unless
+    // somebody brought other settings along with it.
+    if (display::broughtX == brought_)
+      saveSettings();
+    else
+      restoreSettings();
     forget();
     refresh();
   });
@@ -118,6 +122,7 @@ void View::saveSettings() const {
 }
 
 void View::restoreSettings() {
+  brought_ = display::broughtX;
   choice_ = display::keptChoice(kind_);
   // Documents bring numbers; what fits no axis or list is not drawn by.
   if (!(choice_.highF > choice_.lowF)) choice_.lowF = 0;
@@ -263,6 +268,7 @@ void View::keyPressEvent(QKeyEvent* event) {
 void View::contextMenuEvent(QContextMenuEvent* event) {
   QMenu menu(this);
   fillMenu(menu);
+  if (event->reason() == QContextMenuEvent::Keyboard) menu.setActiveAction(menu.actions().front());
   menu.exec(event->globalPos());
 }
 

@@ -13,6 +13,7 @@
 #include "Feed.h"
 #include "Theme.h"
 
+class QHBoxLayout;
 class QMenu;
 
 namespace ovka::desktop {
@@ -88,6 +89,9 @@ class View : public QWidget {
   virtual void prepare() {}
   /// Another engine, or none: what was taken is gone.
   virtual void forget() {}
+  /// Adds what this view alone can do to its controls, and to its menu.
+  virtual void addOwnControls(QHBoxLayout& /*row*/, QWidget* /*parent*/) {}
+  virtual void addOwnMenu(QMenu& /*menu*/) {}
   /// Forgets peak holds and averages.
   virtual void resetHolds() {}
   /// The part of the view in which the cursor reads, by the last painting.
@@ -118,12 +122,14 @@ class View : public QWidget {
   void onPulled();
   void refresh();
   void paintCursor(QPainter& painter);
+  void chooseColor(std::size_t channel);
 
   ViewKind kind_;
   Feed& feed_;
   ViewChoice choice_;
   Theme theme_;
   std::optional<QPointF> cursor_;
+  std::uint32_t brought_ = display::broughtX;  ///< when the choice was taken last
 };
 
 /// Makes a view of a kind, set as the display variables say.

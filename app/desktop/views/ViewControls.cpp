@@ -1,4 +1,5 @@
 #include <QActionGroup>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QMenu>
@@ -133,6 +134,7 @@ QWidget* View::makeControls(QWidget* parent) {
   for (std::size_t c = 0; c < kChannels; ++c) addChannel(*layout, *this, controls, c);
   layout->addSpacing(6);
   if (modes().size() > 1) addModes(*layout, *this, controls);
+  addOwnControls(*layout, controls);
   layout->addStretch(1);
   for (const std::string_view field : kControls) {
     const ChoiceRow* row = choiceRow(field);
@@ -177,6 +179,29 @@ void View::fillMenu(QMenu& menu) {
   if (uses("hold") || uses("average")) {
     menu.addAction(QStringLiteral("Start holds and averages anew"), this, &View::startHoldsAnew);
   }
+  addOwnMenu(menu);
+  menu.addSeparator();
+  QMenu* colors = menu.addMenu(QStringLiteral("Channel colours"));
+  for (std::size_t c = 0; c < kChannels; ++c) {
+    colors->addAction(QStringLiteral("Channel %1 …").arg(kChannelNames[c]), this,
+                      [this, c] { chooseColor(c); });
+  }
+  colors->addAction(QStringLiteral("Those of the theme"), this, [] {
+    for (auto& color : display::channelColorX) color = -1;
+    display::broughtX = display::broughtX + 1;
+  });
+}
+
+void View::chooseColor(std::size_t channel) {
+  auto* dialog = new QColorDialog(theme_.channels[channel], this);
+  dialog->setObjectName(QStringLiteral("channelColor"));
+  dialog->setWindowTitle(QStringLiteral("Colour of channel %1").arg(kChannelNames[channel]));
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  connect(dialog, &QColorDialog::colorSelected, this, [channel](const QColor& color) {
+    display::channelColorX[channel] = static_cast<std::int32_t>(color.rgb() & 0xFFFFFFU);
+    display::broughtX = display::broughtX + 1;
+  });
+  dialog->open();
 }
 
 }  // namespace ovka::desktop
