@@ -54,7 +54,7 @@ SourceChoice rememberedSource() {
 }  // namespace
 
 MainWindow::MainWindow(Workbench& bench, QWidget* parent)
-    : QMainWindow(parent), bench_(bench), documents_(bench, this) {
+    : QMainWindow(parent), bench_(bench), documents_(bench, this), music_(bench, this) {
   setObjectName(QStringLiteral("main"));
   setWindowIcon(look::appIcon());
   setAcceptDrops(true);
@@ -141,13 +141,7 @@ void MainWindow::connectParts() {
                    {{QStringLiteral("Start again"), [this] { useSource(bench_.source()); }}},
                    QStringLiteral("restart")});
   });
-  connect(&bench_, &Workbench::engineChanged, this, [this] {
-    Engine* engine = bench_.engine();
-    if (engine == nullptr || !engine->midi().on())
-      transport_->setMidiCounter({});
-    else
-      transport_->setMidiCounter([engine] { return engine->midi().notes().sendTimes().count(); });
-  });
+  connectMusic();
   connect(&bench_.feed(), &Feed::settingsBrought, this, &MainWindow::applyLook);
   connect(note_, &QLineEdit::returnPressed, this, [this] {
     if (bench_.engine() != nullptr) bench_.engine()->annotations().add(note_->text().toStdString());
@@ -161,10 +155,12 @@ void MainWindow::start(const StartChoice& choice) {
   if (source.kind == SourceChoice::Kind::None) source = rememberedSource();
   bench_.feed().start();
   const QString document = choice.document;
-  bench_.openSource(source, [this, document](const QString& problem) {
+  const bool play = choice.play;
+  bench_.openSource(source, [this, document, play](const QString& problem) {
     transport_->listSources();
     if (!problem.isEmpty()) tell(QStringLiteral("The source could not be started."), problem, true);
     if (!document.isEmpty()) openFile(document);
+    if (play) music_.play();
     offerRecovery();
   });
 }
@@ -318,6 +314,7 @@ void MainWindow::tick() {
     transport_->refresh();
     strip_->refresh();
     refreshTitle();
+    refreshMusic();
   }
   scrub_->refresh();
   if (ticks_ % 30 == 0) watch();

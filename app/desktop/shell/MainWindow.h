@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "DocumentFace.h"
+#include "MusicFace.h"
 #include "Workbench.h"
 
+class QAction;
 class QLineEdit;
 class QMenu;
 class QTimer;
@@ -24,6 +26,7 @@ class ViewDocks;
 struct StartChoice {
   SourceChoice source;  ///< None: the one used last, else the demo
   QString document;     ///< to be opened; empty: none
+  bool play = false;    ///< music begins at once
 };
 
 /// The main window: one look tells what is acquired, recorded and heard. The GUI thread.
@@ -46,6 +49,7 @@ class MainWindow final : public QMainWindow {
   void panic();
 
   [[nodiscard]] DocumentFace& documents() { return documents_; }
+  [[nodiscard]] MusicFace& music() { return music_; }
   [[nodiscard]] SetupWindow& setup() { return *setup_; }
   [[nodiscard]] Banner& banner() { return *banner_; }
   [[nodiscard]] TransportRow& transport() { return *transport_; }
@@ -70,7 +74,12 @@ class MainWindow final : public QMainWindow {
   void makeRecordMenu();
   void makeOpenMenu(QMenu& menu);
   void makeSetupMenu();
+  void makeMusicMenu();
   void makeHelpMenu();
+  // MainWindowMusic.cpp
+  void connectMusic();
+  void toggleMusic();
+  void refreshMusic();
   // MainWindowWatch.cpp
   void watch();
   void watchEnd();
@@ -91,6 +100,7 @@ class MainWindow final : public QMainWindow {
 
   Workbench& bench_;
   DocumentFace documents_;
+  MusicFace music_;
   TransportRow* transport_ = nullptr;
   StatusStrip* strip_ = nullptr;
   Banner* banner_ = nullptr;
@@ -98,6 +108,7 @@ class MainWindow final : public QMainWindow {
   ScrubBar* scrub_ = nullptr;
   QLineEdit* note_ = nullptr;
   SetupWindow* setup_ = nullptr;
+  QAction* playMusic_ = nullptr;
   QTimer* timer_ = nullptr;
   unsigned ticks_ = 0;
   bool closing_ = false;

@@ -66,6 +66,7 @@ void MainWindow::makeMenus() {
        {""},
        {"&Quit", QKeySequence::Quit, [this] { close(); }, "quit"}});
   makeRecordMenu();
+  makeMusicMenu();
   QMenu* views = menuBar()->addMenu(QStringLiteral("&Views"));
   views_->fillMenu(*views);
   makeSetupMenu();
@@ -126,8 +127,19 @@ void MainWindow::makeRecordMenu() {
                    [this] { goLive(); }, "menuLive"},
                   {""},
                   {"&Note at this moment …", QKeySequence(Qt::CTRL | Qt::Key_T),
-                   [this] { addNote(); }, "menuNote"},
-                  {""},
+                   [this] { addNote(); }, "menuNote"}});
+}
+
+void MainWindow::makeMusicMenu() {
+  QMenu* menu = menuBar()->addMenu(QStringLiteral("&Music"));
+  playMusic_ = menu->addAction(QStringLiteral("&Play my brain"), this, [this] { toggleMusic(); });
+  playMusic_->setObjectName(QStringLiteral("menuMusic"));
+  playMusic_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
+  playMusic_->setCheckable(true);
+  playMusic_->setToolTip(
+      QStringLiteral("Lets the MIDI set-ups play; with none of your own, those that come with the "
+                     "program, on the synthesizer."));
+  addRows(*menu, {{""},
                   {"Pani&c", QKeySequence(Qt::CTRL | Qt::Key_Period), [this] { panic(); },
                    "menuPanic", "Silences every sounding note at once."}});
 }
