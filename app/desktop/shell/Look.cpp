@@ -74,6 +74,10 @@ QPushButton#panic { color: RECORD; border: 2px solid RECORD; font-weight: 600; }
 QPushButton#panic:hover { background: RECORD; color: white; }
 QPushButton[flat="true"] { background: transparent; border-color: transparent; }
 QComboBox { min-height: 28px; }
+QCheckBox[pending="true"], QComboBox[pending="true"], QAbstractSpinBox[pending="true"]
+  { color: WARN; font-weight: 600; }
+QPushButton[pending="true"] { border: 2px solid WARN; }
+QFrame#pendingBar { background: RAISED; border: none; border-top: 1px solid LINE; }
 QLineEdit, QAbstractSpinBox { background: PLOT; border: 1px solid LINE;
   border-radius: 6px; padding: 4px 8px; min-height: 24px; color: TEXT;
   selection-background-color: ACCENT; selection-color: ONACCENT; }

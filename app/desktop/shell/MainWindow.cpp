@@ -21,6 +21,7 @@
 #include "DisplayMemory.h"
 #include "LinuxSerialPorts.h"
 #include "Look.h"
+#include "MusicWindow.h"
 #include "ScrubBar.h"
 #include "SetupWindow.h"
 #include "StatusStrip.h"
@@ -99,6 +100,7 @@ void MainWindow::build() {
   column->addWidget(scrub_);
   setCentralWidget(central);
   setup_ = new SetupWindow(bench_, documents_, this);
+  musicWindow_ = new MusicWindow(bench_, music_, this);
 }
 
 void MainWindow::connectParts() {

@@ -17,6 +17,7 @@ namespace ovka::desktop {
 
 class Banner;
 class ScrubBar;
+class MusicWindow;
 class SetupWindow;
 class StatusStrip;
 class TransportRow;
@@ -50,6 +51,7 @@ class MainWindow final : public QMainWindow {
 
   [[nodiscard]] DocumentFace& documents() { return documents_; }
   [[nodiscard]] MusicFace& music() { return music_; }
+  [[nodiscard]] MusicWindow& musicWindow() { return *musicWindow_; }
   [[nodiscard]] SetupWindow& setup() { return *setup_; }
   [[nodiscard]] Banner& banner() { return *banner_; }
   [[nodiscard]] TransportRow& transport() { return *transport_; }
@@ -108,6 +110,7 @@ class MainWindow final : public QMainWindow {
   ScrubBar* scrub_ = nullptr;
   QLineEdit* note_ = nullptr;
   SetupWindow* setup_ = nullptr;
+  MusicWindow* musicWindow_ = nullptr;
   QAction* playMusic_ = nullptr;
   QTimer* timer_ = nullptr;
   unsigned ticks_ = 0;

@@ -9,6 +9,7 @@
 #include "HelpWindow.h"
 #include "Look.h"
 #include "MainWindow.h"
+#include "MusicWindow.h"
 #include "SetupWindow.h"
 #include "TransportRow.h"
 #include "ViewDocks.h"
@@ -139,6 +140,13 @@ void MainWindow::makeMusicMenu() {
   playMusic_->setToolTip(
       QStringLiteral("Lets the MIDI set-ups play; with none of your own, those that come with the "
                      "program, on the synthesizer."));
+  menu->addSeparator();
+  for (std::size_t i = 0; i < kMusicPages.size(); ++i) {
+    QAction* action = menu->addAction(QString::fromUtf8(kMusicPages[i]), this, [this, i] {
+      musicWindow_->showPage(static_cast<MusicPage>(i));
+    });
+    if (i == 0) action->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M));
+  }
   addRows(*menu, {{""},
                   {"Pani&c", QKeySequence(Qt::CTRL | Qt::Key_Period), [this] { panic(); },
                    "menuPanic", "Silences every sounding note at once."}});

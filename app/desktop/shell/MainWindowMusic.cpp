@@ -2,6 +2,7 @@
 
 #include "Banner.h"
 #include "MainWindow.h"
+#include "MusicWindow.h"
 #include "TransportRow.h"
 
 // Music in the main window: the button, the light, what is said about them.
@@ -26,12 +27,14 @@ void MainWindow::connectMusic() {
                            QStringLiteral("music")});
           });
   connect(&music_, &MusicFace::ownSetupsOff, this, [this] {
-    banner_->show({Banner::Level::Care,
-                   QStringLiteral("Your MIDI set-ups are all off."),
-                   QStringLiteral("Switch one on under Music, or take the set-ups that come with "
-                                  "the program in their place."),
-                   {{QStringLiteral("Take those"), [this] { music_.playShipped(); }}},
-                   QStringLiteral("music")});
+    banner_->show(
+        {Banner::Level::Care,
+         QStringLiteral("Your MIDI set-ups are all off."),
+         QStringLiteral("Switch one on under Music, or take the set-ups that come with "
+                        "the program in their place."),
+         {{QStringLiteral("Show mine"), [this] { musicWindow_->showPage(MusicPage::Bands); }},
+          {QStringLiteral("Take those"), [this] { music_.playShipped(); }}},
+         QStringLiteral("music")});
   });
 }
 
