@@ -40,7 +40,9 @@ inline void needApplication() {
 
 /// The main window at work on a source.
 struct ShellFixture {
-  explicit ShellFixture(desktop::SourceChoice::Kind kind) {
+  /// `music` outlives it.
+  explicit ShellFixture(desktop::SourceChoice::Kind kind, desktop::MusicMachine* music = nullptr)
+      : machine(music) {
     QSettings().clear();
     desktop::SourceChoice choice;
     choice.kind = kind;
@@ -88,7 +90,8 @@ struct ShellFixture {
   } application;
   TemporaryFolder folder;
   LinuxFolders folders;
-  desktop::Workbench bench{folders};
+  desktop::MusicMachine* machine;
+  desktop::Workbench bench{folders, machine};
   desktop::MainWindow window{bench};
 };
 

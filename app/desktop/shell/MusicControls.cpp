@@ -189,7 +189,7 @@ QWidget* MusicControls::makeSlider(const Part& part) {
   };
   slider->setRange(0, notch(row.highest));
   slider->setPageStep(std::max(1, notch(row.highest) / 10));
-  slider->setMinimumWidth(80);
+  slider->setMinimumWidth(48);
   connect(slider, &QSlider::valueChanged, this, [this, part](int value) {
     perform(part.row->selector, part.row->lowest + value * part.row->step, part.band);
   });

@@ -36,7 +36,7 @@ MusicWindow::MusicWindow(Workbench& bench, MusicFace& music, QWidget* parent)
       ports_(new PortsPage(bench, music)) {
   setWindowTitle(QStringLiteral("Music"));
   setObjectName(QStringLiteral("musicWindow"));
-  resize(1180, 720);
+  resize(1180, 760);
   list_->setObjectName(QStringLiteral("pages"));
   list_->setAccessibleName(QStringLiteral("Pages"));
   list_->setFixedWidth(200);

@@ -111,7 +111,7 @@ void PortsPage::addPorts(QVBoxLayout& column) {
   ports_ = new QListWidget;
   ports_->setObjectName(QStringLiteral("ports"));
   ports_->setAccessibleName(QStringLiteral("Destinations"));
-  ports_->setMaximumHeight(112);
+  ports_->setMaximumHeight(104);
   column.addWidget(ports_);
   QPushButton* restart = makeButton("SetMIDIband sendsetMIDIRestart", QStringLiteral("Look again"),
                                     QStringLiteral("Takes the MIDI systems down and up; set-ups "
@@ -186,7 +186,7 @@ void PortsPage::addControllers(QVBoxLayout& column) {
   table_->setSelectionBehavior(QAbstractItemView::SelectRows);
   table_->setSelectionMode(QAbstractItemView::SingleSelection);
   table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  table_->setMinimumHeight(200);
+  table_->setMinimumHeight(180);
   column.addWidget(table_, 1);
   learn_ = makeButton("learn", QStringLiteral("Learn"),
                       QStringLiteral("The next knob or fader that is moved is bound to the chosen "

@@ -83,7 +83,8 @@ QWidget* SetupsPage::makeChooser() {
   QWidget* on = controls_.make("setMIDIoutON:");
   on->setFont(look::font(look::Type::Strong));
   on_ = quietLabel({});
-  on_->setObjectName(QStringLiteral("on"));
+  on_->setObjectName(mapping_ == Mapping::Bands ? QStringLiteral("bandsOn")
+                                                : QStringLiteral("singlesOn"));
   row->addWidget(label);
   row->addWidget(chooser_);
   row->addSpacing(look::kGrid);
@@ -100,7 +101,8 @@ QWidget* SetupsPage::makeBottom() {
   row->setContentsMargins(24, 10, 24, 10);
   row->setSpacing(look::kGrid);
   pending_ = new QLabel;
-  pending_->setObjectName(QStringLiteral("pending"));
+  pending_->setObjectName(mapping_ == Mapping::Bands ? QStringLiteral("bandsPending")
+                                                     : QStringLiteral("singlesPending"));
   auto* defaults = new QPushButton(QStringLiteral("Default …"));
   defaults->setObjectName(QString::fromStdString(actionName(mapping_, "setSetToDefault:")));
   defaults->setToolTip(QStringLiteral("Puts all 128 set-ups back to how they come, after asking."));

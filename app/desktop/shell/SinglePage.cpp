@@ -75,7 +75,7 @@ SinglePage::SinglePage(Workbench& bench) : SetupsPage(bench, Mapping::Singles) {
   column->addWidget(makeMapping());
   auto* below = new QHBoxLayout;
   below->setSpacing(4 * look::kGrid);
-  below->addWidget(makeRoles());
+  below->addWidget(makeRoles(), 0, Qt::AlignTop);
   below->addWidget(makeNotes(), 1);
   column->addLayout(below);
   assemble(QStringLiteral("Single value MIDI"),
@@ -139,7 +139,7 @@ void SinglePage::addSide(QGridLayout& grid, bool frequency) {
   grid.addWidget(controls().make(edges.inputField), line, column++);
   grid.addWidget(controls().make(edges.output), line, column++);
   auto* figure = new QLabel;
-  figure->setMinimumWidth(64);
+  figure->setMinimumWidth(76);
   (frequency ? outputF_ : outputV_) = figure;
   grid.addWidget(figure, line, column);
 }

@@ -240,8 +240,9 @@ void SynthPage::changeSound() {
   bench_.music()->setSound(sound);
   storeSound(sound);
   gainText_->setText(QStringLiteral("%1 %").arg(gain_->value()));
-  if (sound.soundFont != before.soundFont || sound.driver != before.driver)
-    bench_.perform("SetMIDIband sendsetMIDIRestart");
+  Engine* engine = bench_.engine();
+  if (engine != nullptr && (sound.soundFont != before.soundFont || sound.driver != before.driver))
+    bench_.desk().post([engine] { engine->midi().notes().restartSynthesizer(); });
 }
 
 QString SynthPage::stateText() const {
@@ -262,7 +263,8 @@ void SynthPage::refresh() {
   if (engine == nullptr || bench_.music() == nullptr || bench_.desk().busy()) return;
   const MidiMachine* machine = bench_.music()->machine();
   on_->setChecked(machine->synthesizer != nullptr && machine->synthesizer->started());
-  on_->setEnabled(machine->synthesizer != nullptr && music_.able());
+  // Voices that open one by one have no switch for the whole.
+  on_->setEnabled(machine->synthesizer != nullptr && music_.able() && midi::AUuse != 0);
   scale_->setEnabled(music_.able() && midi::MIDIuseX != 0);
   const SynthesizerSettings sound = bench_.music()->sound();
   const QSignalBlocker quietGain(gain_);
