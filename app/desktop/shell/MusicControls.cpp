@@ -221,6 +221,7 @@ QWidget* MusicControls::makeNote(const Part& part) {
 QWidget* MusicControls::makeMode(const Part& part) {
   auto* button = new QPushButton(toQt(part.row->label));
   button->setCheckable(true);
+  button->setAutoDefault(false);  // Return in a field belongs to the field
   connect(button, &QPushButton::clicked, this,
           [this, part](bool on) { perform(part.row->selector, on ? 1 : 0, part.band); });
   settings_.emplace_back([this, button, part] { button->setChecked(edited(part) != 0); });

@@ -106,6 +106,7 @@ QWidget* SetupsPage::makeBottom() {
   auto* defaults = new QPushButton(QStringLiteral("Default …"));
   defaults->setObjectName(QString::fromStdString(actionName(mapping_, "setSetToDefault:")));
   defaults->setToolTip(QStringLiteral("Puts all 128 set-ups back to how they come, after asking."));
+  defaults->setAutoDefault(false);
   connect(defaults, &QPushButton::clicked, this, &SetupsPage::askForDefaults);
   cancel_ = button("setCancel:", QStringLiteral("Cancel"),
                    QStringLiteral("Drops what was changed and is not in force yet."));
