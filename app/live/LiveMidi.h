@@ -20,7 +20,8 @@ struct LiveMidiChoice {
 };
 
 /// The MIDI of this machine, for a live session: its systems, the software synthesizer, and the
-/// guard process that ends what sounds when this program dies. Outlives the session. Main thread.
+/// guard process that ends what sounds when this program dies. Outlives the session. Made and
+/// unmade by the main thread; choose() by the thread that opens the session, too.
 class LiveMidi {
  public:
   /// Starts the guard, so this comes before the first thread of the program.
@@ -31,6 +32,10 @@ class LiveMidi {
   /// Makes the transports and the synthesizer; the engine opens them. Once.
   const MidiMachine& choose(const LiveMidiChoice& choice);
 
+  /// What choose() fills; its address stays.
+  [[nodiscard]] const MidiMachine& machine() const { return machine_; }
+  /// nullptr: the choice left it out, or there was none yet.
+  [[nodiscard]] FluidSynthesizer* synthesizer() const { return synthesizer_.get(); }
   /// Every system of this machine, with what is wrong with it, after choose().
   [[nodiscard]] const std::vector<MidiSystem>& systems() const { return systems_; }
   /// 0 when the guard runs, else why not (errno).

@@ -9,8 +9,6 @@
 #include "Failure.h"
 #include "MidiForms.h"
 #include "MidiVariables.h"
-#include "SetMIDIVariables.h"
-#include "SetMIDIbandVariables.h"
 #include "ShippedPreset.h"
 
 namespace ovka::terminal {
@@ -51,15 +49,6 @@ OptionGroup musicGroup() {
   return group;
 }
 
-void useDestination(std::int32_t port) {
-  for (std::size_t setup = 0; setup < midi::kSetups; ++setup) {
-    setmidiband::MIDIportEX.set(setup, port);
-    setmidiband::MIDIportEXZ.set(setup, port);
-    setmidi::MIDIportX.set(setup, port);
-    setmidi::MIDIportXZ.set(setup, port);
-  }
-}
-
 Music::Music(const Arguments& arguments) : arguments_(arguments), wanted_(asksForMidi(arguments)) {
   if (wanted_) midi_ = std::make_unique<LiveMidi>();
 }
@@ -83,8 +72,8 @@ void Music::prepare(LiveChoice& choice) {
       choice.assignments.insert(choice.assignments.begin(), setting);
   }
   if (!wanted_) return;
-  // Two seconds at 120 samples/s: music follows the head sooner than a fine spectrum does.
-  if (arguments_.given("play")) choice.assignments.insert(choice.assignments.begin(), "fftp=256");
+  if (arguments_.given("play"))
+    choice.assignments.insert(choice.assignments.begin(), kShippedTransform);
   LiveMidiChoice how;
   how.systems = arguments_.text("midi").value_or("auto");
   how.sound.soundFont = arguments_.text("sound-font").value_or("");

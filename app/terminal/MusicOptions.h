@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -13,9 +12,6 @@ namespace ovka::terminal {
 
 /// The options of `live` about MIDI and sound.
 [[nodiscard]] OptionGroup musicGroup();
-
-/// Sends every set-up of both mappings to one destination, by its place in the port list.
-void useDestination(std::int32_t port);
 
 /// The MIDI of a line with those options. Made before the first thread of the program, outlives the
 /// chain. Main thread.

@@ -85,6 +85,9 @@ class MidiEngine final : public NoteOutput {
   /// setUseQtMidi: graph: turns the synthesizer on or off; note allocator: opens or closes the
   /// voice of a channel (0 to 15).
   void setUseQtMidi(std::int32_t channel, std::int32_t on);
+  /// Takes the synthesizer down and up, so that another sound font or output counts; it starts also
+  /// when it was off or could not start. Nothing before mainMidi.
+  void restartSynthesizer();
 
   // Ports. Any thread.
 

@@ -257,4 +257,17 @@ void MidiEngine::setUseQtMidi(std::int32_t channel, std::int32_t on) {
   setUpNamesAndCount();
 }
 
+void MidiEngine::restartSynthesizer() {
+  const std::scoped_lock guard(setupLock_);
+  if (midi::runMIDI == 0) return;
+  if (synthesizerOn_) stopSynthesizer();
+  startSynthesizer();
+  if (synthesizerOn_) {
+    const std::scoped_lock sending(sendLock_);
+    voices_.setUp();
+  }
+  rebuildPorts();
+  setUpNamesAndCount();
+}
+
 }  // namespace ovka

@@ -16,7 +16,7 @@ SetMIDI::SetMIDI(NoteOutput& notes, AnalysisInput& analysis)
            setmidi::MIDIoutONXTemp, setmidi::changes, setmidi::SetupNX, setmidi::needOffNote,
            setmidi::setupOpenedX, setmidi::setupLoadedX, 1},
           [] {
-            static constexpr std::array<Control, 50> kControls{{
+            static constexpr std::array<Control, 52> kControls{{
                 {"setMIDIoutON:", "MIDIoutONX", ""},
                 {"selectSendMIDItiming:", "SendMIDItimingX", ""},
                 {"setONInput:", "ONInputX", ""},
@@ -67,6 +67,8 @@ SetMIDI::SetMIDI(NoteOutput& notes, AnalysisInput& analysis)
                 {"setPlayOnlyNoteChanged:", "PlayOnlyNoteChangedX", ""},
                 {"selectMIDIport:", "MIDIportX", ""},
                 {"setUseQTMIDI:", "UseQTMIDIX", ""},
+                {"selectScale:", "ScaleX", ""},
+                {"selectScaleRoot:", "ScaleRootX", ""},
             }};
             return std::span<const Control>(kControls);
           }(),

@@ -48,8 +48,10 @@ inline void needApplication() {
 
 /// The main window at work on a source.
 struct ShellFixture {
-  /// `fresh`: nothing is known of an earlier run.
-  explicit ShellFixture(desktop::SourceChoice::Kind kind, bool fresh = true) {
+  /// `fresh`: nothing is known of an earlier run. `music` outlives it.
+  explicit ShellFixture(desktop::SourceChoice::Kind kind, bool fresh = true,
+                        desktop::MusicMachine* music = nullptr)
+      : machine(music) {
     if (fresh) QSettings().clear();
     desktop::SourceChoice choice;
     choice.kind = kind;
@@ -97,7 +99,8 @@ struct ShellFixture {
   } application;
   TemporaryFolder folder;
   LinuxFolders folders;
-  desktop::Workbench bench{folders};
+  desktop::MusicMachine* machine;
+  desktop::Workbench bench{folders, machine};
   desktop::MainWindow window{bench};
 };
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "FluidSynthesizer.h"
+#include "FluidVoices.h"
 #include "SynthBench.h"
 #include "TemporaryFolder.h"
 
@@ -82,6 +83,36 @@ TEST_CASE("without a sound output one line says so, and nothing else happens") {
   synthesizer.message(std::array<std::uint8_t, 3>{0x90, 60, 100});
   synthesizer.silence();
   synthesizer.stop();
+}
+
+TEST_CASE("another sound font counts from the next start, another volume at once") {
+  if (!soundFontHere()) return;
+  const TemporaryFolder folder;
+  FluidSynthesizer synthesizer({.driver = "alsa", .device = "null"});
+  const bool output = synthesizer.start() == 0;
+  synthesizer.setSettings({.soundFont = folder.at("none.sf2")});
+  CHECK(synthesizer.started() == output);
+  synthesizer.stop();
+  CHECK(synthesizer.start() == ENOENT);
+  CHECK(synthesizer.explanation().find("none.sf2") != std::string::npos);
+
+  std::string problem;
+  const auto voices = FluidVoices::load({.soundFont = findSoundFont({}).path}, &problem);
+  REQUIRE(voices != nullptr);
+  const auto loudness = [&](double gain) {
+    voices->setGain(gain);
+    voices->message(std::array<std::uint8_t, 3>{0x90, 60, 100});
+    std::vector<float> left(9600);
+    std::vector<float> right(left.size());
+    voices->render(left, right);
+    voices->silence();
+    float most = 0;
+    for (const float sample : left) most = std::max(most, std::abs(sample));
+    return most;
+  };
+  const float quiet = loudness(0.05);  // before the loud note, whose end would cover it
+  CHECK(quiet > 0.001F);
+  CHECK(loudness(0.5) > 5 * quiet);
 }
 
 TEST_CASE("messages of several threads while the output plays, stops and starts") {

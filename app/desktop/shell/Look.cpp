@@ -74,6 +74,10 @@ QPushButton#panic { color: RECORD; border: 2px solid RECORD; font-weight: 600; }
 QPushButton#panic:hover { background: RECORD; color: white; }
 QPushButton[flat="true"] { background: transparent; border-color: transparent; }
 QComboBox { min-height: 28px; }
+QCheckBox[pending="true"], QComboBox[pending="true"], QAbstractSpinBox[pending="true"]
+  { color: WARN; font-weight: 600; }
+QPushButton[pending="true"] { border: 2px solid WARN; }
+QFrame#pendingBar { background: RAISED; border: none; border-top: 1px solid LINE; }
 QLineEdit, QAbstractSpinBox { background: PLOT; border: 1px solid LINE;
   border-radius: 6px; padding: 4px 8px; min-height: 24px; color: TEXT;
   selection-background-color: ACCENT; selection-color: ONACCENT; }
@@ -227,6 +231,17 @@ QPainterPath shapeOf(const QString& name) {
     path.lineTo(20.6, 10);
     path.lineTo(19.6, 3.6);
     path.closeSubpath();
+  } else if (name == QLatin1String("note")) {
+    path.addEllipse(QRectF(4.5, 14.5, 6, 5));
+    path.addEllipse(QRectF(14, 12.5, 6, 5));
+    path.addRect(QRectF(8.7, 5.5, 1.8, 11.5));
+    path.addRect(QRectF(18.2, 3.5, 1.8, 11.5));
+    path.moveTo(8.7, 5.5);
+    path.lineTo(20, 3.2);
+    path.lineTo(20, 6.2);
+    path.lineTo(8.7, 8.5);
+    path.closeSubpath();
+    path.setFillRule(Qt::WindingFill);
   } else if (name == QLatin1String("full") || name == QLatin1String("detach") ||
              name == QLatin1String("close")) {
     path = signOf(name);

@@ -41,7 +41,7 @@ void apply();
 [[nodiscard]] Theme theme();
 
 /// Icons drawn from their names ("record", "stop", "pause", "play", "loop", "live", "full",
-/// "detach", "close") in a colour, sharp at every size.
+/// "detach", "close", "note") in a colour, sharp at every size.
 [[nodiscard]] QIcon icon(const QString& name, const QColor& color);
 /// The application's own.
 [[nodiscard]] QIcon appIcon();

@@ -18,6 +18,7 @@
 #include "BufferVariables.h"
 #include "DisplayMemory.h"
 #include "Look.h"
+#include "MusicWindow.h"
 #include "ScrubBar.h"
 #include "SetupWindow.h"
 #include "StatusStrip.h"
@@ -36,7 +37,7 @@ bool isCapture(const QString& path) {
 }  // namespace
 
 MainWindow::MainWindow(Workbench& bench, QWidget* parent)
-    : QMainWindow(parent), bench_(bench), documents_(bench, this) {
+    : QMainWindow(parent), bench_(bench), documents_(bench, this), music_(bench, this) {
   setObjectName(QStringLiteral("main"));
   setWindowIcon(look::appIcon());
   setAcceptDrops(true);
@@ -81,6 +82,7 @@ void MainWindow::build() {
   column->addWidget(scrub_);
   setCentralWidget(central);
   setup_ = new SetupWindow(bench_, documents_, this);
+  musicWindow_ = new MusicWindow(bench_, music_, this);
 }
 
 void MainWindow::connectParts() {
@@ -110,13 +112,7 @@ void MainWindow::connectParts() {
                    {{QStringLiteral("Start again"), [this] { useSource(bench_.source()); }}},
                    QStringLiteral("restart")});
   });
-  connect(&bench_, &Workbench::engineChanged, this, [this] {
-    Engine* engine = bench_.engine();
-    if (engine == nullptr || !engine->midi().on())
-      transport_->setMidiCounter({});
-    else
-      transport_->setMidiCounter([engine] { return engine->midi().notes().sendTimes().count(); });
-  });
+  connectMusic();
   connect(&bench_.feed(), &Feed::settingsBrought, this, &MainWindow::applyLook);
   connect(note_, &QLineEdit::returnPressed, this, [this] {
     if (bench_.engine() != nullptr) bench_.engine()->annotations().add(note_->text().toStdString());
@@ -266,6 +262,7 @@ void MainWindow::tick() {
     transport_->refresh();
     strip_->refresh();
     refreshTitle();
+    refreshMusic();
   }
   scrub_->refresh();
   if (ticks_ % 30 == 0) watch();

@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "DocumentFace.h"
+#include "MusicFace.h"
 #include "Workbench.h"
 
+class QAction;
 class QLineEdit;
 class QMenu;
 class QTimer;
@@ -15,6 +17,7 @@ namespace ovka::desktop {
 
 class Banner;
 class ScrubBar;
+class MusicWindow;
 class SetupWindow;
 class StatusStrip;
 class TransportRow;
@@ -24,6 +27,7 @@ class ViewDocks;
 struct StartChoice {
   SourceChoice source;  ///< None: the one used last, else the demo
   QString document;     ///< to be opened; empty: none
+  bool play = false;    ///< music begins at once
 };
 
 /// The main window: one look tells what is acquired, recorded and heard. The GUI thread.
@@ -46,6 +50,8 @@ class MainWindow final : public QMainWindow {
   void panic();
 
   [[nodiscard]] DocumentFace& documents() { return documents_; }
+  [[nodiscard]] MusicFace& music() { return music_; }
+  [[nodiscard]] MusicWindow& musicWindow() { return *musicWindow_; }
   [[nodiscard]] SetupWindow& setup() { return *setup_; }
   [[nodiscard]] Banner& banner() { return *banner_; }
   [[nodiscard]] TransportRow& transport() { return *transport_; }
@@ -70,6 +76,7 @@ class MainWindow final : public QMainWindow {
   void makeRecordMenu();
   void makeOpenMenu(QMenu& menu);
   void makeSetupMenu();
+  void makeMusicMenu();
   void makeHelpMenu();
   // MainWindowSource.cpp
   void connectSource();
@@ -77,6 +84,10 @@ class MainWindow final : public QMainWindow {
   void rememberSource(const SourceChoice& choice) const;
   void switchPort(const QString& selector);
   void showSourceProblem(const SourceChoice& choice, const QString& problem);
+  // MainWindowMusic.cpp
+  void connectMusic();
+  void toggleMusic();
+  void refreshMusic();
   // MainWindowWatch.cpp
   void watch();
   void watchEnd();
@@ -98,6 +109,7 @@ class MainWindow final : public QMainWindow {
 
   Workbench& bench_;
   DocumentFace documents_;
+  MusicFace music_;
   TransportRow* transport_ = nullptr;
   StatusStrip* strip_ = nullptr;
   Banner* banner_ = nullptr;
@@ -105,6 +117,8 @@ class MainWindow final : public QMainWindow {
   ScrubBar* scrub_ = nullptr;
   QLineEdit* note_ = nullptr;
   SetupWindow* setup_ = nullptr;
+  MusicWindow* musicWindow_ = nullptr;
+  QAction* playMusic_ = nullptr;
   QTimer* timer_ = nullptr;
   unsigned ticks_ = 0;
   bool closing_ = false;

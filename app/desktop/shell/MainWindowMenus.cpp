@@ -9,6 +9,7 @@
 #include "HelpWindow.h"
 #include "Look.h"
 #include "MainWindow.h"
+#include "MusicWindow.h"
 #include "SetupWindow.h"
 #include "TransportRow.h"
 #include "ViewDocks.h"
@@ -66,6 +67,7 @@ void MainWindow::makeMenus() {
        {""},
        {"&Quit", QKeySequence::Quit, [this] { close(); }, "quit"}});
   makeRecordMenu();
+  makeMusicMenu();
   QMenu* views = menuBar()->addMenu(QStringLiteral("&Views"));
   views_->fillMenu(*views);
   makeSetupMenu();
@@ -129,8 +131,26 @@ void MainWindow::makeRecordMenu() {
                    [this] { goLive(); }, "menuLive"},
                   {""},
                   {"&Note at this moment …", QKeySequence(Qt::CTRL | Qt::Key_T),
-                   [this] { addNote(); }, "menuNote"},
-                  {""},
+                   [this] { addNote(); }, "menuNote"}});
+}
+
+void MainWindow::makeMusicMenu() {
+  QMenu* menu = menuBar()->addMenu(QStringLiteral("&Music"));
+  playMusic_ = menu->addAction(QStringLiteral("&Play my brain"), this, [this] { toggleMusic(); });
+  playMusic_->setObjectName(QStringLiteral("menuMusic"));
+  playMusic_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
+  playMusic_->setCheckable(true);
+  playMusic_->setToolTip(
+      QStringLiteral("Lets the MIDI set-ups play; with none of your own, those that come with the "
+                     "program, on the synthesizer."));
+  menu->addSeparator();
+  for (std::size_t i = 0; i < kMusicPages.size(); ++i) {
+    QAction* action = menu->addAction(QString::fromUtf8(kMusicPages[i]), this, [this, i] {
+      musicWindow_->showPage(static_cast<MusicPage>(i));
+    });
+    if (i == 0) action->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M));
+  }
+  addRows(*menu, {{""},
                   {"Pani&c", QKeySequence(Qt::CTRL | Qt::Key_Period), [this] { panic(); },
                    "menuPanic", "Silences every sounding note at once."}});
 }

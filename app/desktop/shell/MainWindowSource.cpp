@@ -62,10 +62,12 @@ void MainWindow::start(const StartChoice& choice) {
   if (source.kind == SourceChoice::Kind::None) source = rememberedSource();
   bench_.feed().start();
   const QString document = choice.document;
-  bench_.openSource(source, [this, document, source](const QString& problem) {
+  const bool play = choice.play;
+  bench_.openSource(source, [this, document, play, source](const QString& problem) {
     transport_->listSources();
     if (!problem.isEmpty()) showSourceProblem(source, problem);
     if (!document.isEmpty()) openFile(document);
+    if (play) music_.play();
     offerRecovery();
   });
 }

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QSettings>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <cerrno>
@@ -11,10 +12,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
 
+#include "LiveMusic.h"
 #include "Look.h"
 #include "MainWindow.h"
+#include "MusicMemory.h"
 
 namespace ovka::desktop {
 namespace {
@@ -76,9 +80,81 @@ void addOptions(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("demo"), QStringLiteral("Start with the virtual amplifier.")});
   parser.addOption({QStringLiteral("port"), QStringLiteral("Start with this serial port."),
                     QStringLiteral("path")});
+  parser.addOption(
+      {QStringLiteral("midi"),
+       QStringLiteral("MIDI system to use: auto (the first that is there), alsa, jack, "
+                      "all or none."),
+       QStringLiteral("system"), QStringLiteral("auto")});
+  parser.addOption({QStringLiteral("no-midi"),
+                    QStringLiteral("Play nothing: no MIDI system and no synthesizer.")});
+  parser.addOption({QStringLiteral("play"),
+                    QStringLiteral("Play the brain waves with the set-ups that come with the "
+                                   "program, on the synthesizer.")});
+  parser.addOption({QStringLiteral("audio"),
+                    QStringLiteral("Sound output of the synthesizer: pulseaudio, jack or alsa; "
+                                   "without it the first that works."),
+                    QStringLiteral("driver")});
+  parser.addOption({QStringLiteral("sound-font"),
+                    QStringLiteral("Sounds of the synthesizer (.sf2, .sf3, .dls)."),
+                    QStringLiteral("file")});
   parser.addOption({QStringLiteral("picture"),
                     QStringLiteral("Save a picture of the window after five seconds, then end."),
                     QStringLiteral("file.png")});
+}
+
+/// What the line says of music, read before there is an application: the guard process of sounding
+/// notes is forked while this process has one thread.
+struct MusicChoice {
+  bool wanted = true;
+  QString systems;
+};
+
+MusicChoice musicOf(int argc, char** argv) {
+  QStringList line;
+  for (int i = 0; i < argc; ++i) line << QString::fromLocal8Bit(argv[i]);
+  QCommandLineParser parser;
+  addOptions(parser);
+  // Options of the toolkit are unknown here; what is wrong with the line is said later.
+  static_cast<void>(parser.parse(line));
+  MusicChoice choice;
+  choice.systems = parser.value(QStringLiteral("midi"));
+  const bool ends = parser.isSet(QStringLiteral("help")) ||
+                    parser.isSet(QStringLiteral("help-all")) ||
+                    parser.isSet(QStringLiteral("version"));
+  choice.wanted = !ends && !parser.isSet(QStringLiteral("no-midi"));
+  return choice;
+}
+
+/// One line about an option whose value is none of its choices; empty: all are.
+QString wrongChoice(const QCommandLineParser& parser) {
+  struct Row {
+    const char* option;
+    QStringList values;
+  };
+  const QStringList drivers{QString(), QStringLiteral("pulseaudio"), QStringLiteral("jack"),
+                            QStringLiteral("alsa")};
+  QStringList systems;
+  for (const std::string_view each : kMidiChoices)
+    systems << QString::fromUtf8(each.data(), static_cast<qsizetype>(each.size()));
+  for (const Row& row : {Row{"midi", systems}, Row{"audio", drivers}}) {
+    const QString value = parser.value(QLatin1String(row.option));
+    QStringList values = row.values;
+    if (values.contains(value)) continue;
+    values.removeAll(QString());
+    return QStringLiteral("--%1 takes %2, not '%3'")
+        .arg(QLatin1String(row.option), values.join(QStringLiteral(", ")), value);
+  }
+  return {};
+}
+
+/// The user's choices, and the line's over them.
+SynthesizerSettings soundOf(const QCommandLineParser& parser) {
+  SynthesizerSettings sound = storedSound();
+  if (parser.isSet(QStringLiteral("audio")))
+    sound.driver = parser.value(QStringLiteral("audio")).toStdString();
+  if (parser.isSet(QStringLiteral("sound-font")))
+    sound.soundFont = parser.value(QStringLiteral("sound-font")).toStdString();
+  return sound;
 }
 
 StartChoice choiceOf(const QCommandLineParser& parser) {
@@ -88,6 +164,7 @@ StartChoice choiceOf(const QCommandLineParser& parser) {
     choice.source.kind = SourceChoice::Kind::Serial;
     choice.source.paths = {parser.value(QStringLiteral("port")).toStdString()};
   }
+  choice.play = parser.isSet(QStringLiteral("play"));
   if (!parser.positionalArguments().isEmpty())
     choice.document = QFileInfo(parser.positionalArguments().front()).absoluteFilePath();
   return choice;
@@ -112,15 +189,23 @@ int runProgram(int argc, char** argv) {
   QCoreApplication::setOrganizationName(QStringLiteral("OVKA"));
   QCoreApplication::setApplicationName(QStringLiteral("ovka-desktop"));
   QCoreApplication::setApplicationVersion(QStringLiteral(OVKA_VERSION));
+  const MusicChoice music = musicOf(argc, argv);
+  std::unique_ptr<LiveMusic> machine;
+  if (music.wanted) machine = std::make_unique<LiveMusic>(music.systems.toStdString());
   QApplication application(argc, argv);
   QApplication::setApplicationDisplayName(QStringLiteral("OVKA"));
   QGuiApplication::setDesktopFileName(QStringLiteral("com.lumetrabox.OVKA"));
   QCommandLineParser parser;
   addOptions(parser);
   parser.process(application);
+  if (const QString wrong = wrongChoice(parser); !wrong.isEmpty()) {
+    std::fprintf(stderr, "ovka-desktop: %s\n", qUtf8Printable(wrong));
+    return 1;
+  }
+  if (machine) machine->begin(soundOf(parser));
   look::apply();
   const LinuxFolders folders;
-  Workbench bench(folders);
+  Workbench bench(folders, machine.get());
   MainWindow window(bench);
   closeOnSignals(window);
   window.show();

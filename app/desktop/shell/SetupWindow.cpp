@@ -19,6 +19,7 @@
 #include "BufferVariables.h"
 #include "DocumentFace.h"
 #include "Look.h"
+#include "NumberBox.h"
 #include "PresetSwitches.h"
 #include "SetupPages.h"
 
@@ -30,14 +31,6 @@ QString toQt(std::string_view text) {
 }
 
 constexpr int kLabelWidth = 220;
-
-/// Figures without zeros that say nothing: "70", "0.5".
-class NumberBox final : public QDoubleSpinBox {
- public:
-  [[nodiscard]] QString textFromValue(double value) const override {
-    return QString::number(value, 'g', 10);
-  }
-};
 
 bool isAction(const ControlRow& row) {
   return row.kind == ControlKind::Radio || row.kind == ControlKind::Button;

@@ -65,7 +65,12 @@ TransportRow::TransportRow(Workbench& bench, QWidget* parent)
   row->addWidget(makeClock());
   row->addStretch(1);
   light_->setAccessibleName(QStringLiteral("MIDI activity"));
-  light_->hide();
+  light_->setObjectName(QStringLiteral("midiLight"));
+  music_ = makeButton("music", QStringLiteral("Music"),
+                      QStringLiteral("Plays your brain waves, or ends that (Ctrl+M)."));
+  music_->setCheckable(true);
+  connect(music_, &QPushButton::clicked, this, &TransportRow::musicPressed);
+  row->addWidget(music_);
   row->addWidget(light_);
   panic_ = makeButton("panic", QStringLiteral("Panic"),
                       QStringLiteral("Silences every sounding note at once (Ctrl+.)."));
@@ -176,6 +181,7 @@ void TransportRow::refreshButtons(RecordState state) {
   pause_->setAccessibleName(pause_->text());
   loop_->setIcon(look::icon(QStringLiteral("loop"), theme.text));
   live_->setIcon(look::icon(QStringLiteral("live"), theme.text));
+  music_->setIcon(look::icon(QStringLiteral("note"), theme.text));
   live_->setVisible(standing && bench_.recorder().acquires());
   QPalette palette = state_->palette();
   palette.setColor(QPalette::WindowText, state == RecordState::Recording ? colors.record
@@ -221,12 +227,18 @@ void TransportRow::setMidiCounter(std::function<std::uint64_t()> counter) {
   midi_ = std::move(counter);
   midiSeen_ = midi_ ? midi_() : 0;
   midiGlow_ = 0;
-  light_->setVisible(static_cast<bool>(midi_));
+}
+
+void TransportRow::setMusic(bool on, bool able, const QString& words) {
+  music_->setChecked(on);
+  music_->setEnabled(able);
+  if (light_->toolTip() == words) return;
+  light_->setToolTip(words);
+  light_->setAccessibleDescription(words);
 }
 
 void TransportRow::refreshLight() {
-  if (!midi_) return;
-  const std::uint64_t now = midi_();
+  const std::uint64_t now = midi_ ? midi_() : midiSeen_;
   // A message glows for about a third of a second.
   midiGlow_ = now != midiSeen_ ? 4 : std::max(midiGlow_ - 1, 0);
   midiSeen_ = now;

@@ -26,8 +26,10 @@ class TransportRow final : public QWidget {
   void refresh();
   /// Lists the sources anew; the present one stays chosen.
   void listSources();
-  /// Counts the messages sent; without it the light is hidden.
+  /// Counts the messages sent; without it the light stays dark.
   void setMidiCounter(std::function<std::uint64_t()> counter);
+  /// Whether music is on, whether there can be any, and the state in words.
+  void setMusic(bool on, bool able, const QString& words);
   /// Takes over the colours of the theme.
   void applyLook();
 
@@ -41,6 +43,7 @@ class TransportRow final : public QWidget {
   void panicPressed();
   /// A window action by its selector.
   void performWanted(const QString& selector, int sender);
+  void musicPressed();
 
  private:
   void chooseSource(int index);
@@ -69,6 +72,7 @@ class TransportRow final : public QWidget {
   QPushButton* loop_;
   QPushButton* live_;
   QPushButton* panic_;
+  QPushButton* music_;
   QLabel* state_;
   QLabel* clock_;
   QLabel* left_;

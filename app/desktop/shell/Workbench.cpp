@@ -1,14 +1,21 @@
 #include "Workbench.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "DisplayMemory.h"
+#include "MusicMemory.h"
 
 namespace ovka::desktop {
 
-Workbench::Workbench(const Folders& folders, const MidiMachine* midi)
-    : folders_(folders), machine_(machineOf()), desk_(machine_, midi) {}
+Workbench::Workbench(const Folders& folders, MusicMachine* music)
+    : folders_(folders),
+      music_(music),
+      machine_(machineOf()),
+      desk_(machine_, music != nullptr ? music->machine() : nullptr) {
+  if (music_ != nullptr) desk_.post([music] { music->look(); });
+}
 
 Workbench::~Workbench() {
   const bool keep = recorder_.keepsJournal();
@@ -63,11 +70,14 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
           settings.insert(settings.end(), choice.settings.begin(), choice.settings.end());
           choice.settings = std::move(settings);
         }
+        std::optional<MusicMemory> music;
+        if (desk_.session() != nullptr) music = keepMusic(desk_.session()->engine());
         result->problem = desk_.open(choice, keepJournal);
         if (Session* now = desk_.session()) {
           result->engine = &now->engine();
           result->source = now->source();
           result->choice = now->choice();
+          if (music) bringMusic(now->engine(), *music);
         }
       },
       [this, result, done] {
@@ -98,7 +108,7 @@ void Workbench::assign(const QString& nameAndValue) {
       });
 }
 
-void Workbench::perform(const std::string& selector, std::int32_t sender,
+void Workbench::perform(const std::string& selector, double sender,
                         const std::function<void()>& done) {
   if (engine_ == nullptr) return;
   Engine* engine = engine_;

@@ -14,6 +14,7 @@
 #include "LinuxClock.h"
 #include "LinuxFileLocks.h"
 #include "LinuxFiles.h"
+#include "MusicMachine.h"
 #include "Recorder.h"
 
 namespace ovka::desktop {
@@ -35,9 +36,9 @@ class Workbench final : public QObject {
   Q_OBJECT
 
  public:
-  /// `folders`: where journals, backups and presets lie. `midi`: what live sessions play on;
+  /// `folders`: where journals, backups and presets lie. `music`: what live sessions play on;
   /// nullptr: nothing. Both outlive it.
-  explicit Workbench(const Folders& folders, const MidiMachine* midi = nullptr);
+  explicit Workbench(const Folders& folders, MusicMachine* music = nullptr);
   /// Closes the session; a journal whose recording nobody wants goes.
   ~Workbench() override;
 
@@ -52,6 +53,8 @@ class Workbench final : public QObject {
   [[nodiscard]] LinuxHostFacts& facts() { return facts_; }
   [[nodiscard]] LinuxFiles& files() { return files_; }
   [[nodiscard]] LinuxFileLocks& locks() { return locks_; }
+  /// nullptr: this program plays nothing.
+  [[nodiscard]] MusicMachine* music() const { return music_; }
 
   /// Closes the present session and opens another; whether anything unsaved may go was asked
   /// before. Settings in force go along. `done` gets one line about what failed, or an empty one.
@@ -65,7 +68,7 @@ class Workbench final : public QObject {
   /// `problem`.
   void assign(const QString& nameAndValue);
   /// Performs a window action on the desk thread.
-  void perform(const std::string& selector, std::int32_t sender = 0,
+  void perform(const std::string& selector, double sender = 0,
                const std::function<void()>& done = {});
 
   /// Performs an action that switches the input port on, in a session without input; a port that
@@ -89,6 +92,7 @@ class Workbench final : public QObject {
   [[nodiscard]] DocumentMachine machineOf();
 
   const Folders& folders_;
+  MusicMachine* music_;
   LinuxClock clock_;
   LinuxFiles files_;
   LinuxFileLocks locks_;

@@ -85,12 +85,16 @@ std::string FluidSynthesizer::explanation() const {
   return explanation_;
 }
 
-std::unique_ptr<FluidSynthesizer::Output> FluidSynthesizer::openOutput(const std::string& driver,
-                                                                       const std::string& soundFont,
-                                                                       std::string* problem) const {
+void FluidSynthesizer::setSettings(const SynthesizerSettings& settings) {
+  const std::lock_guard held(lock_);
+  settings_ = settings;
+  if (output_ != nullptr) output_->voices->setGain(settings.gain);
+}
+
+std::unique_ptr<FluidSynthesizer::Output> FluidSynthesizer::openOutput(SynthesizerSettings settings,
+                                                                       std::string* problem) {
   LibraryMessages messages;
-  SynthesizerSettings settings = settings_;
-  settings.soundFont = soundFont;
+  const std::string& driver = settings.driver;
   if (driver == "jack") {
     // Opening a driver would start a server that nobody asked for.
     const auto rate = jackSampleRate();
@@ -107,7 +111,7 @@ std::unique_ptr<FluidSynthesizer::Output> FluidSynthesizer::openOutput(const std
       std::move(voices),
       PeakLimiter::Settings{.sampleRate = settings.sampleRate, .ceiling = settings.ceiling});
   output->name = FluidVoices::libraryName() + ", " +
-                 std::filesystem::path(soundFont).filename().string() + ", " + driver;
+                 std::filesystem::path(settings.soundFont).filename().string() + ", " + driver;
   static_cast<void>(messages.takeLast());
   output->driver = new_fluid_audio_driver2(output->voices->settings(), &Output::play, output.get());
   if (output->driver != nullptr) return output;
@@ -125,15 +129,22 @@ int FluidSynthesizer::failed(int error, std::string explanation) {
 int FluidSynthesizer::start() {
   if (output_ != nullptr) return 0;
   wanted_ = false;
-  const SoundFont font = findSoundFont(settings_.soundFont);
+  SynthesizerSettings settings;
+  {
+    const std::lock_guard held(lock_);
+    settings = settings_;
+  }
+  const SoundFont font = findSoundFont(settings.soundFont);
   if (font.path.empty()) return failed(ENOENT, font.explanation);
   wanted_ = true;
   std::vector<std::string> drivers(kDrivers.begin(), kDrivers.end());
-  if (!settings_.driver.empty()) drivers = {settings_.driver};
+  if (!settings.driver.empty()) drivers = {settings.driver};
+  settings.soundFont = font.path;
   std::string refusals;
   for (const std::string& driver : drivers) {
     std::string problem;
-    if (auto output = openOutput(driver, font.path, &problem)) {
+    settings.driver = driver;
+    if (auto output = openOutput(settings, &problem)) {
       setOutput(std::move(output));
       return failed(0, {});
     }

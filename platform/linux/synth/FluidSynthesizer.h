@@ -26,6 +26,9 @@ class FluidSynthesizer final : public Synthesizer {
   void silence() override;
   void stop() override;
 
+  /// The volume counts at once, the rest from the next start(). Any thread.
+  void setSettings(const SynthesizerSettings& settings);
+
   /// About once a second by the owner's thread: an output that has not asked for sound for some
   /// seconds (its sound server went) is opened anew; while there is none it is looked for every few
   /// ticks.
@@ -35,14 +38,13 @@ class FluidSynthesizer final : public Synthesizer {
   struct Output;
 
   /// Empty `*problem` and an output, or nullptr and why.
-  [[nodiscard]] std::unique_ptr<Output> openOutput(const std::string& driver,
-                                                   const std::string& soundFont,
-                                                   std::string* problem) const;
+  [[nodiscard]] static std::unique_ptr<Output> openOutput(SynthesizerSettings settings,
+                                                          std::string* problem);
   void setOutput(std::unique_ptr<Output> output);
   int failed(int error, std::string explanation);
 
+  mutable std::mutex lock_;  // guards the next three; held by messages, never by the sound
   SynthesizerSettings settings_;
-  mutable std::mutex lock_;  // guards the next two; held by messages, never by the sound
   std::string explanation_;
   std::unique_ptr<Output> output_;
   std::atomic<bool> started_{false};

@@ -73,6 +73,10 @@ FluidVoices::~FluidVoices() {
   if (settings_ != nullptr) delete_fluid_settings(settings_);
 }
 
+void FluidVoices::setGain(double gain) {
+  fluid_synth_set_gain(synth_, static_cast<float>(std::clamp(gain, 0.0, 10.0)));
+}
+
 void FluidVoices::message(std::span<const std::uint8_t> bytes) {
   if (bytes.size() < 2 || bytes.size() > 3) return;
   if (std::any_of(bytes.begin() + 1, bytes.end(), [](auto byte) { return byte > 0x7F; })) return;

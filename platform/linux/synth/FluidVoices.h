@@ -27,6 +27,8 @@ class FluidVoices {
   /// Ends every sound at once, echoes too (but for some -60 dB); programs, volumes and positions
   /// stay.
   void silence();
+  /// 0 to 10. Any thread.
+  void setGain(double gain);
   /// Renders both channels (of one length); the rendering thread's own.
   void render(std::span<float> left, std::span<float> right);
   /// Voices that sound or fade at the moment.

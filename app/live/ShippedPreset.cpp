@@ -4,9 +4,11 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "SetMIDIVariables.h"
+#include "SetMIDIbandVariables.h"
 #include "ShippedPresetText.h"
 
-namespace ovka::terminal {
+namespace ovka {
 
 std::string shippedPresetPath() {
   static const int kMemory = [] {
@@ -22,4 +24,13 @@ std::string shippedPresetPath() {
   return kMemory < 0 ? std::string() : "/proc/self/fd/" + std::to_string(kMemory);
 }
 
-}  // namespace ovka::terminal
+void useDestination(std::int32_t port) {
+  for (std::size_t setup = 0; setup < midi::kSetups; ++setup) {
+    setmidiband::MIDIportEX.set(setup, port);
+    setmidiband::MIDIportEXZ.set(setup, port);
+    setmidi::MIDIportX.set(setup, port);
+    setmidi::MIDIportXZ.set(setup, port);
+  }
+}
+
+}  // namespace ovka
