@@ -17,14 +17,16 @@
 
 namespace ovka::testing {
 
-/// A Qt application without a screen, with a home of its own; made once for the whole program.
+/// A Qt application without a screen, or on the display of OVKA_TEST_PLATFORM ("xcb"), with a home
+/// of its own; made once for the whole program.
 inline void needApplication() {
   static const TemporaryFolder home;
   static int argc = 1;
   static char name[] = "test_desktop";
   static char* argv[] = {name, nullptr};
   static const bool prepared = [] {
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const char* platform = std::getenv("OVKA_TEST_PLATFORM");
+    setenv("QT_QPA_PLATFORM", platform != nullptr ? platform : "offscreen", 1);
     setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
     setenv("OVKA_HOME", home.path().c_str(), 1);
     setPrintSink([](std::string_view) {});
