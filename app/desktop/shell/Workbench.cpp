@@ -42,6 +42,7 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
   choice.defaultPreset = std::exchange(first_, false);
   const DisplayMemory display = choice.defaultPreset ? storedDisplay() : keepDisplay();
   opening_ = true;
+  const unsigned number = ++openings_;
   detach();
   struct Result {
     std::string problem;
@@ -67,7 +68,9 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
           result->preset = now->tookPreset();
         }
       },
-      [this, result, display, done] {
+      [this, result, display, done, number] {
+        // Another source was chosen meanwhile: this engine is closed already, or about to be.
+        if (number != openings_) return;
         opening_ = false;
         engine_ = result->engine;
         source_ = result->choice;

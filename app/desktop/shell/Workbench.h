@@ -54,7 +54,8 @@ class Workbench final : public QObject {
   [[nodiscard]] LinuxFileLocks& locks() { return locks_; }
 
   /// Closes the present session and opens another; whether anything unsaved may go was asked
-  /// before. Settings in force go along. `done` gets one line about what failed, or an empty one.
+  /// before. Settings in force go along. `done` gets one line about what failed, or an empty one;
+  /// it is not called when another opening follows before this one is through.
   void openSource(SourceChoice choice, const std::function<void(const QString&)>& done);
   [[nodiscard]] const SourceChoice& source() const { return source_; }
   /// For a person.
@@ -98,6 +99,7 @@ class Workbench final : public QObject {
   SourceChoice source_;
   QString sourceText_;
   bool opening_ = false;
+  unsigned openings_ = 0;  ///< the newest counts
   bool first_ = true;
 };
 
