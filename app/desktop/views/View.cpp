@@ -154,6 +154,7 @@ void View::onPulled() {
 }
 
 void View::refresh() {
+  feed_.lookAgain();
   prepare();
   update();
 }
@@ -276,6 +277,7 @@ void View::changeEvent(QEvent* event) {
 
 void View::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
+  feed_.lookAgain();
   prepare();
 }
 
