@@ -45,6 +45,7 @@ class MainWindow final : public QMainWindow {
   void performAction(const QString& selector, int sender);
   void panic();
 
+  [[nodiscard]] Workbench& bench() { return bench_; }
   [[nodiscard]] DocumentFace& documents() { return documents_; }
   [[nodiscard]] SetupWindow& setup() { return *setup_; }
   [[nodiscard]] Banner& banner() { return *banner_; }

@@ -15,6 +15,7 @@
 
 #include "Look.h"
 #include "MainWindow.h"
+#include "PictureSeries.h"
 
 namespace ovka::desktop {
 namespace {
@@ -79,6 +80,11 @@ void addOptions(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("picture"),
                     QStringLiteral("Save a picture of the window after five seconds, then end."),
                     QStringLiteral("file.png")});
+  QCommandLineOption pictures(QStringLiteral("pictures"),
+                              QStringLiteral("Save the pictures of the manual, then end."),
+                              QStringLiteral("folder"));
+  pictures.setFlags(QCommandLineOption::HiddenFromHelp);
+  parser.addOption(pictures);
 }
 
 StartChoice choiceOf(const QCommandLineParser& parser) {
@@ -99,6 +105,12 @@ void savePicture(MainWindow& window, const QString& path) {
     if (!saved) std::fprintf(stderr, "ovka-desktop: cannot write %s\n", qUtf8Printable(path));
     QApplication::exit(saved ? 0 : 1);
   });
+}
+
+void savePictures(MainWindow& window, const QString& folder) {
+  auto* series = new PictureSeries(window, folder);
+  QObject::connect(series, &PictureSeries::finished, &window,
+                   [](bool all) { QApplication::exit(all ? 0 : 1); });
 }
 
 }  // namespace
@@ -128,6 +140,8 @@ int runProgram(int argc, char** argv) {
   window.start(choiceOf(parser));
   if (parser.isSet(QStringLiteral("picture")))
     savePicture(window, parser.value(QStringLiteral("picture")));
+  if (parser.isSet(QStringLiteral("pictures")))
+    savePictures(window, parser.value(QStringLiteral("pictures")));
   return QApplication::exec();
 }
 
