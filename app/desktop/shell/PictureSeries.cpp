@@ -41,6 +41,7 @@ PictureSeries::PictureSeries(MainWindow& window, const QString& folder)
   addPages();
   addHelp();
   window_.resize(kWindow);
+  window_.views().view(ViewKind::Waterfall).setSeconds(kFill / 1000.0);
   QTimer::singleShot(kFill, this, &PictureSeries::prepareNext);
 }
 
