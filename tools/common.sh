@@ -35,13 +35,14 @@ need() {
     "${missing[@]}" >/dev/null || die "apt-get could not install ${missing[*]}"
 }
 
-# What building needs; what the desktop needs besides, then the tests, then the stricter door.
+# What building needs; what the desktop needs besides, then the tests, the stricter door, ./package, ./bench.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config libasound2-dev libjack-jackd2-dev libfluidsynth-dev
   timgm6mb-soundfont)
 DESKTOP_PACKAGES=(qt6-base-dev libqt6opengl6-dev libgl1-mesa-dri)
-TEST_PACKAGES=(doctest-dev binutils gnustep-base-runtime jackd2)
+TEST_PACKAGES=(doctest-dev binutils gnustep-base-runtime jackd2 xvfb)
 CHECK_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
-BENCH_PACKAGES=(libbenchmark-dev libfftw3-dev)
+PACKAGE_PACKAGES=(dpkg-dev)
+BENCH_PACKAGES=(libbenchmark-dev libfftw3-dev xvfb)
 
 # build PRESET [TARGET...]: configures once and after an installation, builds what changed.
 build() {

@@ -201,3 +201,20 @@ TEST_CASE("closing and covering views changes neither recording nor settings") {
   CHECK(shell.bench.recorder().state() == RecordState::Recording);
   shell.bench.recorder().noteDiscarded();
 }
+
+TEST_CASE("sources chosen one after the other: the last one counts") {
+  ShellFixture shell(SourceChoice::Kind::None);
+  shell.window.setup().show();
+  int ready = 0;
+  SourceChoice demo;
+  demo.kind = SourceChoice::Kind::Demo;
+  for (int i = 0; i < 4; ++i) {
+    shell.bench.openSource(demo, [&ready](const QString&) { ++ready; });
+    QTest::qWait(i * 40);
+  }
+  REQUIRE(shell.waitFor([&ready] { return ready > 0; }));
+  REQUIRE(shell.settle());
+  CHECK(shell.bench.engine() == Engine::current());
+  CHECK_FALSE(shell.bench.opening());
+  CHECK(shell.waitFor([] { return buffer::ploop > 0; }));
+}

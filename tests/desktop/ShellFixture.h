@@ -18,7 +18,8 @@
 
 namespace ovka::testing {
 
-/// A Qt application without a screen, with a home of its own; made once for the whole program.
+/// A Qt application without a screen, or on the display of OVKA_TEST_PLATFORM ("xcb"), with a home
+/// of its own; made once for the whole program.
 inline void needApplication() {
   static const TemporaryFolder home;
   static int argc = 1;
@@ -32,7 +33,9 @@ inline void needApplication() {
          "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1},
         {"name": "two", "x": 1440, "y": 0, "width": 1024, "height": 768,
          "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})";
-    setenv("QT_QPA_PLATFORM", ("offscreen:configfile=" + screens).c_str(), 1);
+    const std::string offscreen = "offscreen:configfile=" + screens;
+    const char* platform = std::getenv("OVKA_TEST_PLATFORM");
+    setenv("QT_QPA_PLATFORM", platform != nullptr ? platform : offscreen.c_str(), 1);
     setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
     setenv("OVKA_HOME", home.path().c_str(), 1);
     setPrintSink([](std::string_view) {});

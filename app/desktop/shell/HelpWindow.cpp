@@ -3,6 +3,11 @@
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
+// Resources of a library are there only when somebody asks for them, outside of every namespace.
+static void needPictures() {
+  Q_INIT_RESOURCE(help);
+}
+
 namespace ovka::desktop {
 namespace {
 
@@ -16,6 +21,7 @@ recording; <b>Stop</b> ends it, and then you can play it, move in it, note somet
 and save it. <b>Live</b> brings the living signal back.</p>
 <p>A running recording is written to a journal on the disk all the time. After a crash or a power
 cut the program offers to bring it back.</p>
+<p><img src=":/help/window-dark.png"></p>
 <h2>What the figures mean</h2>
 <p><b>A, B, D, E</b> are the electrodes: left, right, and the second pair. The dot beside each says
 whether its contact is good; point at it and it says what to do. <b>Lost</b> counts what the line
@@ -28,6 +34,14 @@ beta 25 - 35, high beta 35 - 50 and ac 50 - 60, where the mains hum lies.</p>
 another screen, and shown on a full screen. The right mouse button holds everything that can be
 chosen for a view; the pointer reads values. Closing a view never stops an output or a
 recording.</p>
+<table cellpadding="6">
+<tr><td><img src=":/help/view-eeg-spectrum.png"><br><b>EEG spectrum</b>: every channel over the
+bands</td><td><img src=":/help/view-bar-graph.png"><br><b>Bar graph</b>: the power of each
+band</td></tr>
+<tr><td><img src=":/help/view-waterfall.png"><br><b>Waterfall</b>: spectra over time as
+colours</td><td><img src=":/help/view-3d-spectrum.png"><br><b>3D spectrum</b>: spectra or coherence
+as a landscape</td></tr>
+</table>
 <h2>Keys</h2>
 <table cellpadding="3">
 <tr><td><b>Ctrl+R</b></td><td>Record, stop</td></tr>
@@ -48,8 +62,9 @@ recording.</p>
 }  // namespace
 
 HelpWindow::HelpWindow(QWidget* parent) : QDialog(parent) {
+  needPictures();
   setWindowTitle(QStringLiteral("Help"));
-  resize(640, 680);
+  resize(660, 720);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   auto* page = new QTextBrowser;

@@ -49,6 +49,7 @@ class MainWindow final : public QMainWindow {
   void performAction(const QString& selector, int sender);
   void panic();
 
+  [[nodiscard]] Workbench& bench() { return bench_; }
   [[nodiscard]] DocumentFace& documents() { return documents_; }
   [[nodiscard]] MusicFace& music() { return music_; }
   [[nodiscard]] MusicWindow& musicWindow() { return *musicWindow_; }

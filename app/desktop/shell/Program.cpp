@@ -19,6 +19,7 @@
 #include "Look.h"
 #include "MainWindow.h"
 #include "MusicMemory.h"
+#include "PictureSeries.h"
 
 namespace ovka::desktop {
 namespace {
@@ -100,6 +101,11 @@ void addOptions(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("picture"),
                     QStringLiteral("Save a picture of the window after five seconds, then end."),
                     QStringLiteral("file.png")});
+  QCommandLineOption pictures(QStringLiteral("pictures"),
+                              QStringLiteral("Save the pictures of the manual, then end."),
+                              QStringLiteral("folder"));
+  pictures.setFlags(QCommandLineOption::HiddenFromHelp);
+  parser.addOption(pictures);
 }
 
 /// What the line says of music, read before there is an application: the guard process of sounding
@@ -178,6 +184,12 @@ void savePicture(MainWindow& window, const QString& path) {
   });
 }
 
+void savePictures(MainWindow& window, const QString& folder) {
+  auto* series = new PictureSeries(window, folder);
+  QObject::connect(series, &PictureSeries::finished, &window,
+                   [](bool all) { QApplication::exit(all ? 0 : 1); });
+}
+
 }  // namespace
 
 int runProgram(int argc, char** argv) {
@@ -213,6 +225,8 @@ int runProgram(int argc, char** argv) {
   window.start(choiceOf(parser));
   if (parser.isSet(QStringLiteral("picture")))
     savePicture(window, parser.value(QStringLiteral("picture")));
+  if (parser.isSet(QStringLiteral("pictures")))
+    savePictures(window, parser.value(QStringLiteral("pictures")));
   return QApplication::exec();
 }
 

@@ -70,11 +70,12 @@ std::string Session::openLive() {
     amplifier.config = assigned(choice_, "DeviceConfig", amplifier.config);
     amplifier.samplesPerSecond = assigned(choice_, "SampleSpeed", amplifier.samplesPerSecond);
     amplifier.oldBluetooth = assigned(choice_, "oldBluetooth", 0) == 1;
-    live.assignments.insert(
-        live.assignments.begin(),
-        {"SelectDevice=" + std::to_string(amplifier.model),
-         "DeviceConfig=" + std::to_string(amplifier.config),
-         "SampleSpeed=" + std::to_string(amplifier.samplesPerSecond), "FixedFramingX=1"});
+    live.assignments.insert(live.assignments.begin(),
+                            {"SelectDevice=" + std::to_string(amplifier.model),
+                             "DeviceConfig=" + std::to_string(amplifier.config),
+                             "SampleSpeed=" + std::to_string(amplifier.samplesPerSecond)});
+    // Whatever framing another source left behind: the demo shows the one that loses nothing.
+    live.assignments.emplace_back("FixedFramingX=1");
     choice_.settings = live.assignments;
   }
   live_ = std::make_unique<LiveSession>();

@@ -62,9 +62,12 @@ class Title final : public QWidget {
   }
 
  protected:
-  /// What does not fit goes, lists from the last one on, then everything.
+  /// What does not fit goes, lists from the last one on, then everything. Only another width asks
+  /// for that: hiding something lays out anew, which would go on for ever.
   void resizeEvent(QResizeEvent* event) override {
     QWidget::resizeEvent(event);
+    if (fitted_ == width()) return;
+    fitted_ = width();
     QList<QComboBox*> lists = controls_->findChildren<QComboBox*>();
     for (QComboBox* list : lists) list->show();
     const int room = width() - minimumSizeHint().width() - 2 * look::kGrid;
@@ -79,6 +82,7 @@ class Title final : public QWidget {
   QLabel* name_;
   QWidget* controls_;
   int buttons_ = 0;
+  int fitted_ = -1;  ///< width that the controls were chosen for
 };
 
 }  // namespace
@@ -108,6 +112,7 @@ ViewDocks::ViewDocks(Workbench& bench, QWidget* parent) : QMainWindow(parent), b
     connect(dock, &QDockWidget::visibilityChanged, note_, qOverload<>(&QTimer::start));
   }
   connect(&bench_.feed(), &Feed::settingsBrought, this, &ViewDocks::takeBrought);
+  connect(&bench_, &Workbench::changed, &bench_.feed(), &Feed::lookAgain);
   arrangeDefault();
   applyLook();
 }

@@ -54,6 +54,7 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
   if (choice.kind == SourceChoice::Kind::Serial && choice.model >= 0)
     choice.settings.push_back("SelectDevice=" + std::to_string(choice.model));
   opening_ = true;
+  const unsigned number = ++openings_;
   detach();
   struct Result {
     std::string problem;
@@ -80,7 +81,9 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
           if (music) bringMusic(now->engine(), *music);
         }
       },
-      [this, result, done] {
+      [this, result, done, number] {
+        // Another source was chosen meanwhile: this engine is closed already, or about to be.
+        if (number != openings_) return;
         opening_ = false;
         engine_ = result->engine;
         source_ = result->choice;

@@ -57,7 +57,8 @@ class Workbench final : public QObject {
   [[nodiscard]] MusicMachine* music() const { return music_; }
 
   /// Closes the present session and opens another; whether anything unsaved may go was asked
-  /// before. Settings in force go along. `done` gets one line about what failed, or an empty one.
+  /// before. Settings in force go along. `done` gets one line about what failed, or an empty one;
+  /// it is not called when another opening follows before this one is through.
   void openSource(SourceChoice choice, const std::function<void(const QString&)>& done);
   [[nodiscard]] const SourceChoice& source() const { return source_; }
   /// For a person.
@@ -107,6 +108,7 @@ class Workbench final : public QObject {
   SourceChoice source_;
   QString sourceText_;
   bool opening_ = false;
+  unsigned openings_ = 0;  ///< the newest counts
   bool first_ = true;
 };
 

@@ -20,6 +20,10 @@ namespace {
 constexpr double kSqrtHalf = 0.70710678118654752;
 /// The scrolling picture may be this far behind (s): a little more than the longest batch.
 constexpr double kMostBehind = 0.2;
+/// What follows slowly (averages, scales, bars) gets this long to settle (s); then a frame now and
+/// then shows what nobody announces.
+constexpr double kSettle = 2;
+constexpr double kStillFrame = 4;
 
 /// Which analysis channels the present model and configuration fill.
 std::array<bool, kChannels> activeChannels() {
@@ -53,6 +57,7 @@ Feed::Feed(QObject* parent)
   clock_.start();
   timer_.setTimerType(Qt::PreciseTimer);
   connect(&timer_, &QTimer::timeout, this, [this] {
+    if (standsStill()) return;
     const double began = static_cast<double>(clock_.nsecsElapsed()) * 1e-9;
     pull();
     // Runs after the repaints that the frame has caused.
@@ -88,6 +93,24 @@ void Feed::pace(double busySeconds) {
   const int possible = static_cast<int>(std::min(busy_ * 1.5, 0.2) * 1000);
   const int interval = std::max(wanted, possible);
   if (timer_.isActive() && std::abs(interval - timer_.interval()) > 1) timer_.setInterval(interval);
+}
+
+/// Most of what a window costs is painting, and a musician's pause is long.
+bool Feed::standsStill() {
+  const std::array<std::uint64_t, 8> now{engine_ != nullptr ? std::uint64_t{1} : 0,
+                                         static_cast<std::uint64_t>(buffer::ploop.get()),
+                                         static_cast<std::uint64_t>(buffer::ploopStart.get()),
+                                         static_cast<std::uint64_t>(buffer::setRecModeX.get()),
+                                         static_cast<std::uint64_t>(buffer::setPauseX.get()),
+                                         static_cast<std::uint64_t>(fft::fftp.get()),
+                                         readSettings(),
+                                         display::broughtX};
+  const double time = static_cast<double>(clock_.nsecsElapsed()) * 1e-9;
+  if (now != seen_ || stillSince_ < 0) {
+    seen_ = now;
+    stillSince_ = time;
+  }
+  return time - stillSince_ > kSettle && time - frame_.time < kStillFrame;
 }
 
 void Feed::pull() {

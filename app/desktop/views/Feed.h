@@ -97,8 +97,11 @@ class Feed : public QObject {
   void start();
   void stop();
   [[nodiscard]] bool running() const { return timer_.isActive(); }
-  /// Pulls one frame now and hands it to the views (the timer does this).
+  /// Pulls one frame now and hands it to the views. The timer does this; while nothing moves that
+  /// the views show (paused, standing recordings) it does so every few seconds only.
   void pull();
+  /// Something else changed that views show (a setting): frames come again for a while.
+  void lookAgain() { stillSince_ = -1; }
   /// What the last pull left.
   [[nodiscard]] const Frame& frame() const { return frame_; }
   /// Frames a second over the last second or so.
@@ -136,6 +139,7 @@ class Feed : public QObject {
   void pullChannel(std::size_t channel);
   void pullPairs();
   void pace(double busySeconds);
+  [[nodiscard]] bool standsStill();
 
   Engine* engine_ = nullptr;
   Frame frame_;
@@ -155,7 +159,9 @@ class Feed : public QObject {
   double rate_ = 0;
   double rateSince_ = 0;
   int rateFrames_ = 0;
-  double busy_ = 0;  ///< s a frame costs, smoothed
+  double busy_ = 0;                      ///< s a frame costs, smoothed
+  std::array<std::uint64_t, 8> seen_{};  ///< what moves while samples come or are played
+  double stillSince_ = -1;               ///< s; below 0: looks anew
 };
 
 }  // namespace ovka::desktop

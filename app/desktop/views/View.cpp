@@ -159,6 +159,7 @@ void View::onPulled() {
 }
 
 void View::refresh() {
+  feed_.lookAgain();
   prepare();
   update();
 }
@@ -282,6 +283,7 @@ void View::changeEvent(QEvent* event) {
 
 void View::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
+  feed_.lookAgain();
   prepare();
 }
 

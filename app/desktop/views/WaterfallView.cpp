@@ -179,7 +179,7 @@ void WaterfallView::paintPanel(const Panel& panel, std::size_t index) {
   const QSize size(static_cast<int>(panel.area.width() * ratio),
                    static_cast<int>(panel.area.height() * ratio));
   if (image.size() != size) image = QImage(size, QImage::Format_RGB32);
-  image.fill(theme().plot);
+  image.fill(theme().ground);  // as OpenGL leaves it
   const int lines = sideways() ? size.width() : size.height();
   const double each = rowsShown() / std::max(lines, 1);
   const std::array<QRgb, 256>& colors = heatPalette(choice().palette).colors;
