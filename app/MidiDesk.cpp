@@ -159,11 +159,8 @@ void MidiDesk::start(ThreadLauncher& threads) {
   static_cast<void>(notes_.mainMidi());
   notes_.setGetOutMIDIPort();
   started_ = true;
-  threads.repeat("runMIDIbandThread:", MidiMapping::kTick, [this] {
-    bands_.timerUpdate();
-    guard_.beat();
-  });
-  singles_.runThread(threads, "runMIDIThread:");
+  bands_.runThread(threads, host_.clock, "runMIDIbandThread:", [this] { guard_.beat(); });
+  singles_.runThread(threads, host_.clock, "runMIDIThread:");
   threads.repeat("midiPorts", kPortsTick, [this] { slowTick(); });
   guard_.run(threads);
 }

@@ -1,6 +1,7 @@
 #include "MidiMapping.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "BufferVariables.h"
 #include "DocumentVariables.h"
@@ -37,6 +38,17 @@ std::int32_t MidiMapping::midiPortReturn(std::int32_t setup) const {
 bool MidiMapping::silent() const {
   return document::savingX != 0 || document::openingX != 0 || buffer::setPauseX != 0 ||
          mapping::inputLostX != 0 || holds_.load() != 0;
+}
+
+void MidiMapping::runThread(ThreadLauncher& launcher, const Clock& clock, std::string_view name,
+                            std::function<void()> after) {
+  launcher.loop(name, [this, &clock, after = std::move(after)] {
+    timerUpdate();
+    if (after) after();
+    const bool rests = silent() && variables_.needOff == 0;
+    const std::chrono::nanoseconds grid = rests ? kRest : kTick;
+    return grid - std::chrono::nanoseconds(clock.nanoseconds() % grid.count());
+  });
 }
 
 void MidiMapping::timerUpdate() {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "AnalysisInput.h"
+#include "Clock.h"
 #include "DueSchedule.h"
 #include "HeldNotes.h"
 #include "MidiForwarding.h"
@@ -63,6 +65,9 @@ struct MappingAction {
 class MidiMapping : public MidiForwarding {
  public:
   static constexpr std::chrono::milliseconds kTick{1};
+  /// Between looks while nothing may sound and nothing is left to end: a thousand ticks a second
+  /// are most of what a paused program costs.
+  static constexpr std::chrono::milliseconds kRest{5};
 
   virtual ~MidiMapping() = default;
 
@@ -70,10 +75,10 @@ class MidiMapping : public MidiForwarding {
   /// sent, and the first such tick ends every sounding note; else the set-ups that are due play.
   void timerUpdate();
   /// runMIDIbandThread: (and its like of the other mapping) the thread of the mapping: a tick every
-  /// millisecond.
-  void runThread(ThreadLauncher& launcher, std::string_view name) {
-    launcher.repeat(name, kTick, [this] { timerUpdate(); });
-  }
+  /// millisecond on a fixed grid, kRest apart while it rests. `after` is called after each, with
+  /// the tick's thread. The clock outlives the thread.
+  void runThread(ThreadLauncher& launcher, const Clock& clock, std::string_view name,
+                 std::function<void()> after = {});
 
   /// sendMidiShutDown Note Off for every sounding note of the enabled set-ups and of the shown one.
   void sendMidiShutDown();
