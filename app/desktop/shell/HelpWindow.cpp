@@ -14,11 +14,12 @@ namespace {
 constexpr const char* kPage = R"(
 <h2>First steps</h2>
 <p>The window starts with a <b>virtual amplifier</b>, so everything can be tried at once. To use
-your own, plug it in, choose its port at the top left, choose its model in <i>Set-up &gt; Device and
-ports</i>, and press <b>Start</b>.</p>
+your own, plug it in, choose its port at the top left and its model beside it, and press
+<b>Start</b>.</p>
 <p>While the state says <b>Live</b>, you see the signal and nothing is kept. <b>Record</b> begins a
 recording; <b>Stop</b> ends it, and then you can play it, move in it, note something at a moment,
-and save it. <b>Live</b> brings the living signal back.</p>
+and save it. <b>Live</b> brings the living signal back. What was just seen live can still be kept
+(Ctrl+Shift+R).</p>
 <p>A running recording is written to a journal on the disk all the time. After a crash or a power
 cut the program offers to bring it back.</p>
 <p><img src=":/help/window-dark.png"></p>
@@ -42,12 +43,21 @@ band</td></tr>
 colours</td><td><img src=":/help/view-3d-spectrum.png"><br><b>3D spectrum</b>: spectra or coherence
 as a landscape</td></tr>
 </table>
+<h2>Music</h2>
+<p><b>Music</b> plays the brain waves with set-ups that come with the program, on the software
+synthesizer or whatever is connected; the light beside it blinks with every message and says what
+is missing. <i>Music &gt; Music window</i> holds what plays: <b>MIDI bands</b> make notes, pitches
+or controllers of eight frequency bands, <b>single value MIDI</b> of one frequency and one level;
+128 set-ups of each. Changes are tried with <b>Set</b> and dropped with <b>Cancel</b>. Knobs and
+faders of a MIDI controller can be bound to gains and edges. <b>Panic</b> silences every note.</p>
 <h2>Keys</h2>
 <table cellpadding="3">
 <tr><td><b>Ctrl+R</b></td><td>Record, stop</td></tr>
 <tr><td><b>Space</b></td><td>Pause, resume, play</td></tr>
 <tr><td><b>Ctrl+L</b></td><td>Loop</td></tr>
 <tr><td><b>Ctrl+Shift+L</b></td><td>Back to the living signal</td></tr>
+<tr><td><b>Ctrl+Shift+R</b></td><td>Keep what was just seen</td></tr>
+<tr><td><b>Ctrl+M, Ctrl+Shift+M</b></td><td>Music on and off, music window</td></tr>
 <tr><td><b>Ctrl+T</b></td><td>Note at this moment</td></tr>
 <tr><td><b>Left, Right</b></td><td>One second back or on in a recording, with Shift ten</td></tr>
 <tr><td><b>Ctrl+1 ... Ctrl+7</b></td><td>Views</td></tr>

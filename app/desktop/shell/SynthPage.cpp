@@ -118,9 +118,8 @@ void SynthPage::addState(QFormLayout& form) {
   });
   addRow(form, QStringLiteral("Synthesizer"), on_);
   state_->setObjectName(QStringLiteral("synthState"));
-  state_->setMinimumWidth(480);
   state_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  addRow(form, QString(), state_);
+  form.addRow(state_);  // over both columns, else a long text is cut
   named(scale_, "playScale", QStringLiteral("Play a scale"),
         QStringLiteral("A major scale up and down, to hear whether sound comes out."));
   scale_->setMinimumWidth(130);
