@@ -1,13 +1,12 @@
 #include "LinuxThreadLauncher.h"
 
 #include <algorithm>
-#include <pthread.h>
-#include <signal.h>
 #include <string>
 #include <system_error>
 #include <utility>
 
 #include "Print.h"
+#include "QuietThread.h"
 #include "TickGrid.h"
 
 namespace ovka {
@@ -15,25 +14,6 @@ namespace {
 
 using std::chrono::nanoseconds;
 using std::chrono::steady_clock;
-
-/// Blocks all signals but those of faults while it lives; threads started meanwhile inherit that.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    ::sigfillset(&all);
-    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS}) {
-      ::sigdelset(&all, fault);
-    }
-    ::pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t before_{};
-};
 
 steady_clock::time_point at(std::int64_t count) {
   return steady_clock::time_point(nanoseconds(count));
@@ -70,18 +50,16 @@ void LinuxThreadLauncher::joinEnded() {
 }
 
 void LinuxThreadLauncher::start(std::string_view name, std::function<void()> body) {
-  constexpr std::size_t kLongestName = 15;
   const std::scoped_lock guard(lock_);
   if (stopping_) return;
   joinEnded();
   auto ended = std::make_shared<std::atomic<bool>>(false);
-  const SignalsBlocked blocked;
   try {
-    std::thread thread([body = std::move(body), ended, shown = std::string(name, 0, kLongestName)] {
-      ::pthread_setname_np(::pthread_self(), shown.c_str());
-      body();
-      ended->store(true);
-    });
+    std::thread thread =
+        startQuietThread(std::string(name).c_str(), [body = std::move(body), ended] {
+          body();
+          ended->store(true);
+        });
     workers_.push_back({std::move(thread), std::move(ended)});
   } catch (const std::system_error& error) {
     PrintError(error.code().value(), "Error starting thread %.*s - ", static_cast<int>(name.size()),
