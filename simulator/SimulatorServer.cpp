@@ -10,7 +10,7 @@ namespace ovka {
 namespace {
 
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
-constexpr std::chrono::milliseconds kServing{2};
+constexpr std::chrono::milliseconds kServing{4};
 constexpr std::chrono::milliseconds kIdle{20};
 
 std::int64_t nanosecondsOf(double seconds) {
