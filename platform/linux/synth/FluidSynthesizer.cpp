@@ -21,8 +21,9 @@ namespace {
 // pulseaudio first: PipeWire serves it, and it shares the output with other programs.
 constexpr std::array<const char*, 3> kDrivers{"pulseaudio", "jack", "alsa"};
 /// Ticks without a call of the driver until its output counts as gone, and between two searches for
-/// another: a search loads the sounds anew.
+/// another, which doubles up to the most: a search loads the sounds anew.
 constexpr int kQuietTicks = 4;
+constexpr int kMostQuietTicks = 30;
 
 void setDriver(fluid_settings_t* all, const std::string& driver,
                const SynthesizerSettings& settings) {
@@ -184,9 +185,10 @@ void FluidSynthesizer::tick() {
     if (calls != output_->callsSeen) quietTicks_ = 0;
     output_->callsSeen = calls;
   }
-  if (++quietTicks_ <= kQuietTicks) return;
+  if (++quietTicks_ <= std::max(patience_, kQuietTicks)) return;
   setOutput(nullptr);
-  static_cast<void>(start());
+  patience_ =
+      start() == 0 ? kQuietTicks : std::min(2 * std::max(patience_, kQuietTicks), kMostQuietTicks);
 }
 
 }  // namespace ovka

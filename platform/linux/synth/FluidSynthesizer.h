@@ -50,6 +50,7 @@ class FluidSynthesizer final : public Synthesizer {
   std::atomic<bool> started_{false};
   bool wanted_ = false;
   int quietTicks_ = 0;
+  int patience_ = 0;  ///< quiet ticks before another search; grows while there is no output
 };
 
 }  // namespace ovka
