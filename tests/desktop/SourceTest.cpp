@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <doctest/doctest.h>
+#include <fstream>
 #include <thread>
 
 #include "Banner.h"
@@ -11,6 +12,7 @@
 #include "PseudoTerminal.h"
 #include "ShellFixture.h"
 #include "SimulatorServer.h"
+#include "TemporaryFolder.h"
 #include "TransportRow.h"
 #include "VirtualAmplifier.h"
 
@@ -137,7 +139,10 @@ TEST_CASE("a source that cannot be opened says why and offers to try again") {
   };
   REQUIRE(shell.waitFor([&] { return shell.window.banner().key() == "source"; }));
   CHECK(says("is the amplifier plugged in?"));
-  port.paths = {"/etc/hostname"};
+  const testing::TemporaryFolder folder;
+  const std::string plain = folder.at("plain");
+  std::ofstream(plain) << "no line";
+  port.paths = {plain};
   shell.window.useSource(port);
   REQUIRE(shell.waitFor([&] { return says("is not a serial port"); }));
   CHECK(QSettings().value("source/ports").toStringList().isEmpty());
