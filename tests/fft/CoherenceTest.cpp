@@ -56,36 +56,31 @@ TEST_CASE("coherence of one bin equals its definition") {
   CHECK(coherenceOf({3, 0}, {2, 0}, 1, 6.0, false) == 0.0);  // must be above the level
 }
 
-TEST_CASE("the nine doors compare their own pairs") {
+TEST_CASE("eight doors compare their own pairs, by the cosine of the phase between them") {
   EngineRig rig;
   rig.use(1, 'r');
   fft::DCcutONed = 0;
-  fillTurned(rig, {0, 60, 180, 270});
-  buffer::ploop = 256;
-  rig.time.advance(std::chrono::milliseconds(10));
-  using Door = double (Coherence::*)(std::uint64_t, double) const;
   struct Row {
-    Door door;
-    double expected;
+    double (Coherence::*door)(std::uint64_t, double) const;
+    std::size_t x, y;
+    double sign;  // of the cosine
   };
-  const double half = 50.0;                   // 60 degrees
-  const double root = 100 * std::sqrt(0.75);  // 30 degrees
-  for (const Row& row : {Row{&Coherence::CoherenceM, half}, Row{&Coherence::CoherenceM2, 0},
-                         Row{&Coherence::CoherenceM3, 0}, Row{&Coherence::CoherenceM4, 0},
-                         Row{&Coherence::CoherenceM5, 0}, Row{&Coherence::CoherenceM6, 0},
-                         Row{&Coherence::CoherenceM7, 0}, Row{&Coherence::CoherenceM8, 0}}) {
-    CHECK((rig.engine.*row.door)(8, 256) == doctest::Approx(row.expected).epsilon(0.01));
-  }
-  fillTurned(rig, {0, 180, 30, 210});
-  rig.engine.getAndfftA(256, 0, 0);
-  rig.engine.getAndfftB(256, 0, 0);
-  rig.engine.getAndfftD(256, 0, 0);
-  rig.engine.getAndfftE(256, 0, 0);
-  for (const Row& row : {Row{&Coherence::CoherenceM, 0}, Row{&Coherence::CoherenceM2, 0},
-                         Row{&Coherence::CoherenceM3, root}, Row{&Coherence::CoherenceM4, root},
-                         Row{&Coherence::CoherenceM5, 0}, Row{&Coherence::CoherenceM6, 0},
-                         Row{&Coherence::CoherenceM7, 100}, Row{&Coherence::CoherenceM8, 100}}) {
-    CHECK((rig.engine.*row.door)(8, 256) == doctest::Approx(row.expected).epsilon(0.01));
+  for (const std::array<double, 4>& degrees :
+       {std::array<double, 4>{0, 20, 50, 85}, std::array<double, 4>{0, 160, 30, 220}}) {
+    fillTurned(rig, degrees);
+    rig.engine.getAndfftA(256, 0, 0);
+    rig.engine.getAndfftB(256, 0, 0);
+    rig.engine.getAndfftD(256, 0, 0);
+    rig.engine.getAndfftE(256, 0, 0);
+    for (const Row& row :
+         {Row{&Coherence::CoherenceM, 0, 1, 1}, Row{&Coherence::CoherenceM2, 2, 3, 1},
+          Row{&Coherence::CoherenceM3, 0, 2, 1}, Row{&Coherence::CoherenceM4, 1, 3, 1},
+          Row{&Coherence::CoherenceM5, 1, 2, 1}, Row{&Coherence::CoherenceM6, 0, 3, 1},
+          Row{&Coherence::CoherenceM7, 0, 1, -1}, Row{&Coherence::CoherenceM8, 2, 3, -1}}) {
+      const double turn = (degrees[row.x] - degrees[row.y]) * M_PI / 180.0;
+      const double expected = 100.0 * std::max(0.0, row.sign * std::cos(turn));
+      CHECK((rig.engine.*row.door)(8, 256) == doctest::Approx(expected).epsilon(0.01));
+    }
   }
   CHECK(rig.engine.CoherenceM3(1ULL << 60U, 256) == 0.0);
   fft::CoherenceLevel = 1e9;
