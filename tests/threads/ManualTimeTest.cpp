@@ -106,21 +106,3 @@ TEST_CASE("stopAll in a body ends everything, what comes later is not started") 
   CHECK(time.nanoseconds() == 100'000'000);
   CHECK_FALSE(time.nextDue().has_value());
 }
-
-TEST_CASE("heap address space refuses exactly the call it is told to") {
-  ovka::HeapAddressSpace space;
-  space.refuseReserve(2);
-  std::byte* block = space.reserve(1'000'000);
-  REQUIRE(block != nullptr);
-  CHECK(space.reserve(1) == nullptr);
-  space.refuseOpen(2, EAGAIN);
-  CHECK(space.open(block, 10) == 0);
-  block[9] = std::byte{7};
-  CHECK(space.open(block, 20) == EAGAIN);
-  CHECK(space.open(block, 1'000'000) == 0);
-  CHECK(block[9] == std::byte{7});
-  CHECK(std::all_of(block + 10, block + 1'000'000, [](std::byte b) { return b == std::byte{0}; }));
-  CHECK(space.blocks() == 1);
-  space.release(block, 1'000'000);
-  CHECK(space.blocks() == 0);
-}
