@@ -82,37 +82,6 @@ TEST_CASE("every message: bytes, clamps, and what is printed of it") {
   }
 }
 
-TEST_CASE("off without on, repeated notes, blips: the bookkeeping's own cases") {
-  MidiBench b;
-  MidiEngine& e = b.start();
-  e.MidiOutOff(60, 0, 0, 0, 0);
-  CHECK(b.sent().empty());
-
-  e.MidiOutOffOn(60, 90, 0, 0, 0, 0, 0);
-  e.MidiOutOffOn(60, 90, 0, 0, 0, 0, 0);
-  CHECK(b.sent() == Sent{{0, {0x80, 0, 0}}, {0, {0x90, 60, 90}}});
-  e.MidiOutOffOn(62, 91, 0, 0, 0, 0, 0);
-  CHECK(b.sent() == Sent{{0, {0x80, 60, 0}}, {0, {0x90, 62, 91}}});
-  CHECK(!e.onRecord(60, 0, 0, 0));
-  CHECK(e.onRecord(62, 0, 0, 0));
-
-  e.MidiOutOffOn(64, 50, 1, 4, 1, 127, 0);
-  e.MidiOutOffOn(64, 50, 1, 4, 1, 127, 0);
-  CHECK(b.sent() ==
-        Sent{{1, {0x84, 0, 0}}, {1, {0x94, 64, 50}}, {1, {0x84, 64, 0}}, {1, {0x94, 64, 50}}});
-
-  e.MidiOutOnOff(62, 10, 0, 0, 0, 0, 0);  // the slot holds it
-  CHECK(b.sent().empty());
-  e.MidiOutOnOff(62, 10, 0, 0, 0, 10, 0);
-  CHECK(b.sent() == Sent{{0, {0x90, 62, 10}}, {0, {0x80, 62, 0}}});
-  CHECK(!e.onRecord(62, 0, 0, 0));
-
-  CHECK(midi::noteZ == 64);
-  CHECK(midi::SetupNZ == 1);
-  CHECK(midi::channelZ == 4);
-  CHECK(midi::MIDIportZ == 1);
-}
-
 TEST_CASE("a set-up that changes its channel or port leaves no note behind") {
   MidiBench b;
   MidiEngine& e = b.start();
