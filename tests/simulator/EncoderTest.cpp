@@ -112,21 +112,6 @@ TEST_CASE("every frame gives a reader the microvolts that went in, to one code s
   }
 }
 
-TEST_CASE("frames have the length and the borders that the receiver cuts at") {
-  for (const FrameFormat& format : allFormats()) {
-    const WireFrame frame = encodeFrame(format, {1, -2, 3, -4, 5});
-    CAPTURE(nameOf(format));
-    const bool bytes = format.model == 1 && !format.oldBluetooth;
-    CHECK(frame.size == (format.oldBluetooth ? 20U : bytes ? 1U : 16U));
-    if (bytes) continue;
-    CHECK(frame.bytes[frame.size - 1] == 13);
-    const bool binary = format.model >= 4 && format.config == 3;
-    for (std::size_t i = 0; !binary && i + 1 < frame.size; ++i) {
-      CHECK((frame.bytes[i] == ' ' || hexDigit(frame.bytes[i]) >= 0));
-    }
-  }
-}
-
 TEST_CASE("values beyond the range saturate, and what is no number is silence") {
   const double nan = std::nan("");
   struct Row {

@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <poll.h>
 #include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 #include "PseudoTerminal.h"
 #include "SimulatorServer.h"
+#include "TemporaryFolder.h"
 
 using namespace ovka;
 
@@ -88,12 +88,6 @@ bool noPseudoTerminals() {
   if (::access("/dev/ptmx", R_OK | W_OK) == 0) return false;
   MESSAGE("skipped: no /dev/ptmx");
   return true;
-}
-
-std::string freshFolder() {
-  std::string folder = std::filesystem::temp_directory_path() / "ovka-pty-XXXXXX";
-  REQUIRE(::mkdtemp(folder.data()) != nullptr);
-  return folder;
 }
 
 }  // namespace
@@ -176,7 +170,8 @@ TEST_CASE("a pseudo-terminal carries every byte value both ways and sees hosts c
 
 TEST_CASE("the link replaces only a stale link and follows a hang-up") {
   if (noPseudoTerminals()) return;
-  const std::filesystem::path folder = freshFolder();
+  const testing::TemporaryFolder temporary;
+  const std::filesystem::path folder = temporary.path();
   const std::filesystem::path link = folder / "amplifier";
   const auto refused = [&link] { return PseudoTerminal().open(link); };
 
@@ -207,34 +202,4 @@ TEST_CASE("the link replaces only a stale link and follows a hang-up") {
     CHECK(Host(link).descriptor >= 0);
   }
   CHECK_FALSE(std::filesystem::exists(std::filesystem::symlink_status(link)));
-  std::filesystem::remove_all(folder);
-}
-
-TEST_CASE("a host on a pseudo-terminal meets greeting, reply and every frame in order") {
-  if (noPseudoTerminals()) return;
-  PseudoTerminal line;
-  REQUIRE(line.open() == "");
-  auto amplifier = make(sequence());
-  SimulatorServer server(amplifier, line, {});
-  const Host host(line.path());
-  std::int64_t now = 0;
-  const auto serve = [&](int milliseconds) {
-    for (int i = 0; i < milliseconds; ++i) server.serveOnce(now += kMillisecond);
-  };
-  serve(50);
-  CHECK(host.read(19) == "Amplifier 0\rReady.\r");
-  CHECK(::write(host.descriptor, "SR 1920\r", 8) == 8);
-  std::string got;
-  for (int i = 0; i < 100; ++i) {
-    serve(10);
-    got += host.read(1);
-  }
-  got += host.read(8 + 16 * amplifier.frames() - got.size());
-  REQUIRE(got.size() == 8 + 16 * amplifier.frames());
-  CHECK(amplifier.frames() == 1920);
-  CHECK(got.substr(0, 8) == "sr 1920\r");
-  for (std::size_t frame = 0; frame < 1920; ++frame) {
-    CHECK(std::stoul(got.substr(8 + 16 * frame, 3), nullptr, 16) == frame);
-  }
-  CHECK(amplifier.faults().overrunBytes == 0);
 }

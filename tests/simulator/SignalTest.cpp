@@ -1,7 +1,6 @@
 #include <cmath>
 #include <doctest/doctest.h>
 #include <memory>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -73,14 +72,6 @@ std::unique_ptr<Signal> eeg(Eyes eyes, std::uint64_t seed, double hum = 0.0) {
 }
 
 }  // namespace
-
-TEST_CASE("our sine is the sine") {
-  for (double turns = -3.0; turns < 3.0; turns += 0.0137) {
-    CHECK(sineOfTurns(turns) ==
-          doctest::Approx(std::sin(turns * 6.283185307179586)).epsilon(1e-12));
-  }
-  CHECK(sineOfTurns(0.25) == doctest::Approx(1.0).epsilon(1e-15));
-}
 
 TEST_CASE("a sine has its frequency, amplitude and phase on every channel") {
   SimulatorOptions options;
