@@ -27,17 +27,6 @@ struct PollBench : AmplifierBench {
   }
 };
 
-TEST_CASE("four reads make a batch; polls that find nothing do not count") {
-  PollBench bench;
-  for (int read = 0; read < 3; ++read) bench.poll(kLine);
-  bench.poll("");
-  bench.poll("");
-  CHECK(buffer::ploop == 0);
-  bench.poll(kLine);
-  CHECK(buffer::ploop == 4);
-  CHECK(bench.store.storedValue(1, 0) == 3072);
-}
-
 TEST_CASE("what is not polled") {
   struct Case {
     std::uint32_t model;

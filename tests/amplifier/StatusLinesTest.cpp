@@ -61,39 +61,30 @@ TEST_CASE("an acknowledgement sets its flag and clears the others of its group")
     FAIL("no such letter");
     return amp::ovMonitor;
   };
-  const auto send = [&](char letter, bool fixed) {
-    amp::FixedFramingX = fixed ? 1 : 0;
-    const std::string line = std::string(4, letter) + "\r";
+  const auto send = [&](char letter) {
     // A line of its own ends only behind the protected first bytes of a block.
-    bench.decoder.printNumberSTR(bytesOf("800 800 800 800\r" + line));
+    bench.decoder.printNumberSTR(bytesOf("800 800 800 800\r" + std::string(4, letter) + "\r"));
   };
-  for (const bool fixed : {false, true}) {
-    for (const std::string& group : groups) {
-      for (const std::string& others : groups) {
-        for (const char letter : others) flagOf(letter) = 1;
-      }
-      for (const char letter : group) {
-        send(letter, fixed);
-        for (const char other : group) CHECK(flagOf(other) == (other == letter ? 1 : 0));
-      }
-      for (const std::string& others : groups) {
-        if (others != group) CHECK(flagOf(others[0]) == 1);
-      }
+  for (const std::string& group : groups) {
+    for (const std::string& others : groups) {
+      for (const char letter : others) flagOf(letter) = 1;
     }
-    send('y', fixed);
-    CHECK(amp::print4channelMode == 1);
-    CHECK(amp::print2channelMode == 0);
-    for (const char letter : {'x', 'u'}) {
-      amp::print2channelMode = 0;
-      amp::print4channelMode = 1;
-      send(letter, fixed);
-      CHECK(amp::print4channelMode == 0);
-      CHECK(amp::print2channelMode == 1);
+    for (const char letter : group) {
+      send(letter);
+      for (const char other : group) CHECK(flagOf(other) == (other == letter ? 1 : 0));
+    }
+    for (const std::string& others : groups) {
+      if (others != group) CHECK(flagOf(others[0]) == 1);
     }
   }
-  CHECK(&flagOf('o') == &amp::printLSFset4OK);
-  CHECK(&flagOf('w') == &amp::printLSFset20OK);
-  CHECK(&flagOf('c') == &amp::printElectrodeSelect3OK);
+  for (const char letter : {'x', 'u'}) {
+    send('y');
+    CHECK(amp::print4channelMode == 1);
+    CHECK(amp::print2channelMode == 0);
+    send(letter);
+    CHECK(amp::print4channelMode == 0);
+    CHECK(amp::print2channelMode == 1);
+  }
   CHECK_FALSE(acknowledge('b'));
   CHECK(bench.losses.wrongLengthLines.get() == 0);
 }

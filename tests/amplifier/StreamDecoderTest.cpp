@@ -4,7 +4,6 @@
 
 #include "DecoderBench.h"
 #include "StreamDecoder.h"
-#include "bitRevRev8MK.h"
 
 using namespace ovka;
 using testing::Bytes;
@@ -142,17 +141,6 @@ TEST_CASE("model 1: four ports of one byte a sample, aligned on the first") {
 
   bench.decoder.stageRead(1, Bytes(StreamDecoder::kBufferBytes));
   CHECK(bench.losses.stagingBytes.get() == static_cast<long long>(StreamDecoder::kBufferBytes));
-}
-
-TEST_CASE("typed digits and the binary channel by their names") {
-  const std::string typed = ".0123456789/a";
-  const std::vector<std::int32_t> keys{47, 29, 18, 19, 20, 21, 23, 22, 26, 28, 25, 49, 49};
-  for (std::size_t i = 0; i < typed.size(); ++i)
-    CHECK(StreamDecoder::ASCIIcharToInt(typed[i]) == keys[i]);
-  amp::resetVariables();
-  amp::DCoffSetCH1X100000 = 4;
-  CHECK(StreamDecoder::retern24bit4chHusb(0x80, 0, 8, 1) == 5);
-  CHECK(StreamDecoder::retern24bit4chHusb(0x80, 0, 8, 5) == 10);
 }
 
 TEST_CASE("port, Bluetooth and a message thread may meet in the decoder") {
