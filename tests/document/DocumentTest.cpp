@@ -436,43 +436,6 @@ TEST_CASE("the zero-buffer-new-note command and names with a date") {
         "OVKA31122024-120000AM-00000000");
 }
 
-TEST_CASE("presets hold settings alone; the port preset remembers the ports") {
-  Session from;
-  from.record(10, 14);
-  from.groups.find("OVKA4BS")->put({"2", "mixer"});
-  from.groups.find("OVKA4Analyze")->put({"2", "fft"});
-  const std::string path = "~/Library/Preferences/com.lumetrabox.OVKA.prefs.plist";
-  REQUIRE(from.document.saveDataForAllPreference(path));
-  const PropertyList list = listOf(from.files.contents[path]);
-  CHECK(list.find("OVKA4dataCH0") == nullptr);
-  CHECK(list.find("OVKA4graphicsList") == nullptr);
-
-  Session into;
-  into.files.contents = from.files.contents;
-  into.record(5, 15);
-  into.switches.open.set(DocumentSwitch::Analyze, false);
-  DocumentError error;
-  REQUIRE(into.document.openDataForAllPreference(path, &error));
-  CHECK(into.groups.find("OVKA4BS")->get(0, 1) == "mixer");
-  CHECK(into.groups.find("OVKA4Analyze")->count() == 1);
-  CHECK(buffer::ploop == 5);
-  into.files.contents[path] = "{a = ";
-  CHECK_FALSE(into.document.openDataForAllPreference(path, &error));
-  CHECK(error.description == "OVKA4 document data could not be read for an unknown reason.");
-
-  OVKA4DrawDocument::PortPreset port{true, "/dev/ttyUSB0", "ttyUSB0", "", ""};
-  REQUIRE(from.document.saveDataForPortPreference(path, port));
-  into.files.contents = from.files.contents;
-  CHECK(*listOf(into.files.contents[path]).find("OVKAautoSerialPortONmenuName")->text() ==
-        "no port");
-  OVKA4DrawDocument::PortPreset back;
-  REQUIRE(into.document.openDataForPortPreference(path, &back, &error));
-  CHECK(back.automaticOn);
-  CHECK(back.path == port.path);
-  CHECK(back.menuName == port.menuName);
-  CHECK(back.serialOutPath.empty());
-}
-
 TEST_CASE("settings rows: order, ranges, parts of other lengths, old single-part arrays") {
   Shared<std::int32_t> whole{3};
   Shared<float> real{1.5F};

@@ -1,14 +1,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <doctest/doctest.h>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "DocumentFixture.h"
-#include "DocumentIndex.h"
 #include "HexCoding.h"
-#include "PropertyListReader.h"
 
 using namespace ovka;
 using testing::Session;
@@ -123,41 +120,4 @@ TEST_CASE("a channel that is shorter than channel 0 ends in zeros, not in an old
   CHECK(at.store.storedValue(2, 1000) == 0);
   CHECK(at.store.storedValue(2, kPoints - 1) == 0);
   CHECK(at.store.storedValue(3, kPoints - 1) == sampleAt(3, kPoints - 1));
-}
-
-TEST_CASE("the length of data is what its bytes are, wherever pairs of digits are torn") {
-  struct Lengths final : PropertyListEvents {
-    bool want = false;
-    std::uint64_t length = 0;
-    bool beginDictionary() override { return true; }
-    bool key(std::string_view /*text*/) override { return true; }
-    bool endDictionary() override { return true; }
-    bool beginArray() override { return true; }
-    bool endArray() override { return true; }
-    bool string(std::string_view /*text*/) override { return true; }
-    bool beginData(bool* wanted) override {
-      *wanted = want;
-      return true;
-    }
-    bool data(std::span<const std::uint8_t> /*bytes*/) override { return true; }
-    bool endData(std::uint64_t bytes) override {
-      length = bytes;
-      return true;
-    }
-  };
-  const std::string digits(2 * 500'000, '5');
-  for (const std::string& text : {std::string("<1 2>"), std::string("<1 2 3 4\n5 6>"),
-                                  "<" + digits + ">", " <" + digits + ">", "<12 " + digits + ">"}) {
-    CAPTURE(text.size());
-    const auto expected = static_cast<std::uint64_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return hexDigit(c) >= 0; }) / 2);
-    for (const bool want : {false, true}) {
-      MemoryFile file(text);
-      Lengths lengths;
-      lengths.want = want;
-      PropertyListParser parser(file, lengths);
-      REQUIRE(parser.parse());
-      CHECK(lengths.length == expected);
-    }
-  }
 }

@@ -216,20 +216,6 @@ TEST_CASE("hexadecimal runs of every length and alignment") {
   }
 }
 
-TEST_CASE("a long data item breaks its lines and comes back whole") {
-  Bytes bytes(3 * PropertyListWriter::kDataLine + 17);
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 7);
-  const std::string text = textOf(Dictionary{{"d", bytes}});
-  CHECK(text.find('\n', 6) == text.find('<') + 1 + 2 * PropertyListWriter::kDataLine);
-  for (const std::size_t piece : {5U, 1000U, 300000U}) {
-    TornFile file(text, piece);
-    PropertyList back;
-    PropertyListError error;
-    REQUIRE(readPropertyList(file, &back, &error));
-    CHECK(*back.find("d")->bytes() == bytes);
-  }
-}
-
 TEST_CASE("independent tools read what is written, and what they write is read") {
   if (!commandOutput("command -v plparse && command -v pldes").starts_with('/')) {
     MESSAGE("skipped: plparse and pldes are not installed");
