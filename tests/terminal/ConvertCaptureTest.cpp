@@ -1,8 +1,6 @@
 #include <cstdlib>
 #include <doctest/doctest.h>
 #include <fstream>
-#include <memory>
-#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -10,13 +8,12 @@
 #include "AmplifierVariables.h"
 #include "BufferVariables.h"
 #include "CapturedPrint.h"
-#include "Commands.h"
 #include "ConvertCapture.h"
 #include "FileEngine.h"
 #include "FrameEncoder.h"
 #include "ReplaySession.h"
 #include "SampleLine.h"
-#include "TemporaryFolder.h"
+#include "TerminalHome.h"
 
 using namespace ovka;
 using namespace ovka::terminal;
@@ -26,18 +23,9 @@ namespace {
 constexpr std::int64_t kPoints = 1001;
 using Points = std::vector<std::array<std::int32_t, buffer::kChannels>>;
 
-struct Home {
-  testing::TemporaryFolder folder;
+struct Home : testing::Home {
   testing::CapturedPrint quiet;
-  Home() { setenv("OVKA_HOME", folder.at("home").c_str(), 1); }
-  ~Home() { unsetenv("OVKA_HOME"); }
-  Home(const Home&) = delete;
-  Home& operator=(const Home&) = delete;
 };
-
-int run(const std::vector<std::string>& words) {
-  return runProgram(words);
-}
 
 /// What a decoder of the present settings can give: of random codes, some full of carriage returns
 /// and some that spell a status line.
@@ -127,7 +115,7 @@ TEST_CASE("a recording becomes a capture that replays to the same samples, in ev
   rows.push_back({"SelectDevice=6", "DeviceConfig=0", "hardwareGainCH1=-99"});
   rows.push_back({"SelectDevice=1", "DeviceConfig=1", "GainOr=1.7"});
   rows.push_back({"SelectDevice=6", "DeviceConfig=3", "SampleSpeed=7"});
-  const std::string path = home.folder.at("a.ovcap");
+  const std::string path = home.at("a.ovcap");
   for (const std::vector<std::string>& assignments : rows) {
     std::string name;
     for (const std::string& assignment : assignments) name += assignment + " ";
@@ -149,7 +137,7 @@ TEST_CASE("what a line cannot carry is counted, and the nearest code stands in i
   points[0][1] = 4;              // 24 bits: 3 and 5 have codes, 4 has none
   points[1][2] = 2'000'000'000;  // beyond the codes
   points[2] = {7, 0, 0, 3, 0};   // no such channels in configuration 1
-  const std::string path = home.folder.at("b.cap");
+  const std::string path = home.at("b.cap");
   const std::vector<std::string> report =
       converted({"SelectDevice=4", "DeviceConfig=1"}, &points, path);
   const std::vector<std::string> expected{
@@ -167,8 +155,8 @@ TEST_CASE("what a line cannot carry is counted, and the nearest code stands in i
 }
 
 TEST_CASE("a damaged document gives back what stands before the damage") {
-  const Home home;
-  const auto at = [&](const char* name) { return home.folder.at(name); };
+  Home home;
+  const auto at = [&](const char* name) { return home.at(name); };
   std::string rows = "point,ch0,ch1,ch2,ch3,ch4\n";
   for (int i = 0; i < 500; ++i) {
     rows += std::to_string(i);
@@ -176,20 +164,22 @@ TEST_CASE("a damaged document gives back what stands before the damage") {
     rows += "\n";
   }
   std::ofstream(at("a.csv")) << rows;
-  REQUIRE(run({"convert", at("a.csv"), at("a.ovkanote"), "--config", "3", "--model", "6"}) == 0);
+  REQUIRE(home.run({"convert", at("a.csv"), at("a.ovkanote"), "--config", "3", "--model", "6"}) ==
+          0);
   const std::string whole = testing::contentsOf(at("a.ovkanote"));
   // In the middle of channel 2: 1 and 0 are whole, of 2 a part is there, 3 and 4 are gone.
   const std::size_t cut = whole.find('<', whole.find("OVKA4dataCH2")) + 1 + 8 * 200 + 5;
   std::ofstream(at("cut.ovkanote")) << whole.substr(0, cut);
-  CHECK(run({"convert", at("cut.ovkanote"), at("b.csv")}) == 3);
-  REQUIRE(run({"convert", "--salvage", at("cut.ovkanote"), at("b.csv"), "--config", "3"}) == 0);
+  CHECK(home.run({"convert", at("cut.ovkanote"), at("b.csv")}) == 3);
+  REQUIRE(home.run({"convert", "--salvage", at("cut.ovkanote"), at("b.csv"), "--config", "3"}) ==
+          0);
   const std::string back = testing::contentsOf(at("b.csv"));
   CHECK(back.find("\n199,199,100199,200199,0,0\n") != std::string::npos);
   CHECK(back.find("\n200,200,100200,0,0,0\n") != std::string::npos);
   CHECK(back.ends_with("\n499,499,100499,0,0,0\n"));
   // Nothing of channel 0: nothing to salvage.
   std::ofstream(at("cut.ovkanote")) << whole.substr(0, whole.find("OVKA4dataCH0"));
-  CHECK(run({"convert", "--salvage", at("cut.ovkanote"), at("c.csv")}) == 3);
-  CHECK(run({"convert", "--salvage", at("a.csv"), at("c.ovkanote")}) == 2);
-  CHECK(run({"info", at("a.csv"), "--json"}) == 0);
+  CHECK(home.run({"convert", "--salvage", at("cut.ovkanote"), at("c.csv")}) == 3);
+  CHECK(home.run({"convert", "--salvage", at("a.csv"), at("c.ovkanote")}) == 2);
+  CHECK(home.run({"info", at("a.csv"), "--json"}) == 0);
 }

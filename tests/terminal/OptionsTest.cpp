@@ -116,13 +116,3 @@ TEST_CASE("help is asked for before anything else is wrong, and fits 80 columns"
   }
   CHECK(namesDefault);
 }
-
-TEST_CASE("near misses") {
-  const std::vector<std::string> commands{"live", "simulate", "ports", "capture", "replay"};
-  CHECK(didYouMean("liev", commands) == "live");
-  CHECK(didYouMean("simulation", commands) == "simulate");
-  CHECK(didYouMean("sim", commands) == "simulate");
-  CHECK(didYouMean("caputre", commands) == "capture");
-  CHECK(didYouMean("zzzz", commands).empty());
-  CHECK(didYouMean("", commands).empty());
-}
