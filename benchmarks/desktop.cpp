@@ -17,6 +17,7 @@
 #include "FFTVariables.h"
 #include "LinuxFiles.h"
 #include "MainWindow.h"
+#include "MusicMachine.h"
 #include "Print.h"
 #include "TemporaryFolder.h"
 #include "ViewDocks.h"
@@ -31,10 +32,24 @@ namespace {
 constexpr QSize kSize(1200, 700);
 int roundSeconds = 5;
 
+/// Plays on one MIDI system; there is nothing to look for.
+class MeteredMusic final : public MusicMachine {
+ public:
+  explicit MeteredMusic(const MidiMachine* midi) : midi_(midi) {}
+  [[nodiscard]] const MidiMachine* machine() const override { return midi_; }
+  void look() override {}
+  [[nodiscard]] std::vector<MusicFinding> findings() const override { return {}; }
+  [[nodiscard]] SynthesizerSettings sound() const override { return {}; }
+  void setSound(const SynthesizerSettings& /*sound*/) override {}
+
+ private:
+  const MidiMachine* midi_;
+};
+
 /// The main window with all seven views side by side, on the virtual amplifier.
 struct Shown {
   explicit Shown(std::vector<std::string> settings, const MidiMachine* midi = nullptr)
-      : bench(folders, midi), window(bench) {
+      : music(midi), bench(folders, &music), window(bench) {
     for (std::size_t kind = 0; kind < display::kViewKinds; ++kind)
       paints.follow(window.views().view(static_cast<ViewKind>(kind)));
     SourceChoice choice;
@@ -72,6 +87,7 @@ struct Shown {
   }
 
   LinuxFolders folders;
+  MeteredMusic music;
   Workbench bench;
   MainWindow window;
   Paints paints;
