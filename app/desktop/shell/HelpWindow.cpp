@@ -48,7 +48,7 @@ as a landscape</td></tr>
 synthesizer or whatever is connected; the light beside it blinks with every message and says what
 is missing. <i>Music &gt; Music window</i> holds what plays: <b>MIDI bands</b> make notes, pitches
 or controllers of eight frequency bands, <b>single value MIDI</b> of one frequency and one level;
-128 set-ups of each. Changes are tried with <b>Set</b> and dropped with <b>Cancel</b>. Knobs and
+128 set-ups of each. Changes count once you press <b>Set</b>; <b>Cancel</b> drops them. Knobs and
 faders of a MIDI controller can be bound to gains and edges. <b>Panic</b> silences every note.</p>
 <h2>Keys</h2>
 <table cellpadding="3">
