@@ -15,11 +15,11 @@
 #include "DocumentVariables.h"
 #include "Failure.h"
 #include "FileEngine.h"
-#include "ScratchFolder.h"
 #include "FileKinds.h"
 #include "LinuxClock.h"
 #include "OldFiles.h"
 #include "RecordingRoom.h"
+#include "ScratchFolder.h"
 
 namespace ovka::terminal {
 namespace {

@@ -9,9 +9,9 @@
 #include "Console.h"
 #include "Failure.h"
 #include "FileEngine.h"
-#include "ScratchFolder.h"
 #include "FileKinds.h"
 #include "Output.h"
+#include "ScratchFolder.h"
 
 namespace ovka::terminal {
 namespace {

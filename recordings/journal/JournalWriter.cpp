@@ -18,7 +18,7 @@ constexpr std::uint64_t kNoBudget = ~std::uint64_t{0};
 constexpr std::uint64_t kNewestPoints = 65'536;
 constexpr std::size_t kMostPieces = 64;
 constexpr std::int32_t kRecording = 1, kAcquiring = 2;  // of setRecModeX
-constexpr std::uint32_t kOnePortAChannel = 1;  // the amplifier model
+constexpr std::uint32_t kOnePortAChannel = 1;           // the amplifier model
 constexpr std::size_t kMostAnnotations = 10'000;
 constexpr std::int64_t kCheckInterval = 1 * journalnumbers::kSecond;
 constexpr std::int64_t kSpaceInterval = 5 * journalnumbers::kSecond;
@@ -222,7 +222,7 @@ void JournalWriter::syncParts(std::int64_t now) {
     auto& again = part == closing_.part ? closing_.unsynced : unsynced_;
     again.insert(again.begin(), ranges.begin(), ranges.end());
     // One that the writing found out about meanwhile failed already.
-    lost && part_ != nullptr ? startOver(error) : partFailed(error);
+    lost&& part_ != nullptr ? startOver(error) : partFailed(error);
     updateStatus();
     return;
   }
