@@ -10,8 +10,10 @@ namespace ovka {
 namespace {
 
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
-constexpr std::chrono::milliseconds kServing{4};
-constexpr std::chrono::milliseconds kIdle{20};
+/// Between rounds at the least: at high sample speeds several frames leave together, as they do on a
+/// serial line behind an adapter.
+constexpr std::chrono::nanoseconds kServing = std::chrono::milliseconds(4);
+constexpr std::chrono::nanoseconds kIdle = std::chrono::milliseconds(20);
 
 std::int64_t nanosecondsOf(double seconds) {
   return static_cast<std::int64_t>(seconds * 1e9);
@@ -34,7 +36,7 @@ std::chrono::nanoseconds SimulatorServer::serveOnce(std::int64_t now) {
   takeCommands();
   if (!present_) return kIdle;
   sendDue(now);
-  return kServing;
+  return std::clamp(std::chrono::nanoseconds(amplifier_.untilNextFrame()), kServing, kIdle);
 }
 
 void SimulatorServer::hangUp(std::int64_t now, std::int64_t nanoseconds) {

@@ -124,6 +124,15 @@ void VirtualAmplifier::produce(std::int64_t nanoseconds, std::vector<std::uint8_
   if (streaming_) stream(nanoseconds, out);
 }
 
+std::int64_t VirtualAmplifier::rate() const noexcept {
+  return std::int64_t{speed_} * (1'000'000 + options_.faults.driftPpm);
+}
+
+std::int64_t VirtualAmplifier::untilNextFrame() const noexcept {
+  if (!streaming_ || rate() <= 0) return 0;
+  return (kPhaseOfFrame - samplePhase_ + rate() - 1) / rate();
+}
+
 void VirtualAmplifier::greet(std::int64_t nanoseconds, std::vector<std::uint8_t>& out) {
   sinceOpening_ += nanoseconds;
   if (format_.model == 1) return;
@@ -138,7 +147,7 @@ void VirtualAmplifier::greet(std::int64_t nanoseconds, std::vector<std::uint8_t>
 }
 
 void VirtualAmplifier::stream(std::int64_t nanoseconds, std::vector<std::uint8_t>& out) {
-  const std::int64_t rate = std::int64_t{speed_} * (1'000'000 + options_.faults.driftPpm);
+  const std::int64_t rate = this->rate();
   while (nanoseconds > 0) {
     const std::int64_t step = std::min(nanoseconds, kStep);
     nanoseconds -= step;

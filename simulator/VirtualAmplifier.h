@@ -39,6 +39,9 @@ class VirtualAmplifier {
   /// as two; the frames in between are counted as skipped.
   void produce(std::int64_t nanoseconds, std::vector<std::uint8_t>& out);
 
+  /// Until the next frame leaves (ns, 1 or more); 0 while none is on its way.
+  [[nodiscard]] std::int64_t untilNextFrame() const noexcept;
+
   /// Sends an acknowledgement, four times `letter` ('a' to 'z') and a carriage return, at the next
   /// frame border.
   void acknowledge(char letter);
@@ -54,6 +57,7 @@ class VirtualAmplifier {
   [[nodiscard]] FaultCounts& faults() noexcept { return faults_.counts(); }
 
  private:
+  [[nodiscard]] std::int64_t rate() const noexcept;
   void command(std::string_view line);
   void setSpeed(std::string_view digits);
   void reply(std::string_view line);

@@ -66,8 +66,8 @@ class MidiMapping : public MidiForwarding {
  public:
   static constexpr std::chrono::milliseconds kTick{1};
   /// Between looks while nothing may sound and nothing is left to end: a thousand ticks a second
-  /// are most of what a paused program costs.
-  static constexpr std::chrono::milliseconds kRest{5};
+  /// are most of what a paused program costs. Nobody hears whether the music goes on this much later.
+  static constexpr std::chrono::milliseconds kRest{20};
 
   virtual ~MidiMapping() = default;
 

@@ -24,6 +24,8 @@ constexpr double kMostBehind = 0.2;
 /// then shows what nobody announces.
 constexpr double kSettle = 2;
 constexpr double kStillFrame = 4;
+/// Between looks whether something moves again (ms).
+constexpr int kStillLook = 50;
 
 /// Which analysis channels the present model and configuration fill.
 std::array<bool, kChannels> activeChannels() {
@@ -57,7 +59,7 @@ Feed::Feed(QObject* parent)
   clock_.start();
   timer_.setTimerType(Qt::PreciseTimer);
   connect(&timer_, &QTimer::timeout, this, [this] {
-    if (standsStill()) return;
+    if (standsStill()) return every(kStillLook);
     const double began = static_cast<double>(clock_.nsecsElapsed()) * 1e-9;
     pull();
     // Runs after the repaints that the frame has caused.
@@ -92,7 +94,17 @@ void Feed::pace(double busySeconds) {
   const int wanted = 1000 / std::clamp<int>(display::frameRateX, 10, 120);
   const int possible = static_cast<int>(std::min(busy_ * 1.5, 0.2) * 1000);
   const int interval = std::max(wanted, possible);
-  if (timer_.isActive() && std::abs(interval - timer_.interval()) > 1) timer_.setInterval(interval);
+  every(interval);
+}
+
+void Feed::every(int milliseconds) {
+  if (timer_.isActive() && std::abs(milliseconds - timer_.interval()) > 1)
+    timer_.setInterval(milliseconds);
+}
+
+void Feed::lookAgain() {
+  stillSince_ = -1;
+  if (timer_.interval() == kStillLook) every(1000 / std::clamp<int>(display::frameRateX, 10, 120));
 }
 
 /// Most of what a window costs is painting, and a musician's pause is long.

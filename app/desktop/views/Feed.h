@@ -101,7 +101,7 @@ class Feed : public QObject {
   /// the views show (paused, standing recordings) it does so every few seconds only.
   void pull();
   /// Something else changed that views show (a setting): frames come again for a while.
-  void lookAgain() { stillSince_ = -1; }
+  void lookAgain();
   /// What the last pull left.
   [[nodiscard]] const Frame& frame() const { return frame_; }
   /// Frames a second over the last second or so.
@@ -140,6 +140,7 @@ class Feed : public QObject {
   void pullPairs();
   void pace(double busySeconds);
   [[nodiscard]] bool standsStill();
+  void every(int milliseconds);
 
   Engine* engine_ = nullptr;
   Frame frame_;
