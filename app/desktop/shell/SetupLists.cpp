@@ -20,6 +20,7 @@
 #include "DocumentFace.h"
 #include "LinuxSerialPorts.h"
 #include "Look.h"
+#include "QuietLabel.h"
 #include "SetupPages.h"
 #include "SetupWindow.h"
 
@@ -54,14 +55,6 @@ QHBoxLayout* rowOf(QWidget* first, std::initializer_list<QPushButton*> buttons) 
 }
 
 }  // namespace
-
-QLabel* quietLabel(const QString& text) {
-  auto* label = new QLabel(text);
-  label->setProperty("quiet", true);
-  label->setWordWrap(true);
-  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  return label;
-}
 
 // --- ports ---------------------------------------------------------------------------------------
 

@@ -63,7 +63,4 @@ class RecoveryList final : public QWidget {
   std::vector<JournalSession> sessions_;
 };
 
-/// A label of what is read only when looked for; its text can be copied.
-[[nodiscard]] QLabel* quietLabel(const QString& text = {});
-
 }  // namespace ovka::desktop

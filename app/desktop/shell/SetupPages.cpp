@@ -11,6 +11,7 @@
 #include "BufferVariables.h"
 #include "DocumentFace.h"
 #include "Look.h"
+#include "QuietLabel.h"
 #include "SetupLists.h"
 #include "SetupWindow.h"
 

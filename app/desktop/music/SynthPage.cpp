@@ -18,7 +18,7 @@
 #include "MusicControls.h"
 #include "MusicMemory.h"
 #include "NumberBox.h"
-#include "SetupLists.h"
+#include "QuietLabel.h"
 
 namespace ovka::desktop {
 namespace {

@@ -10,8 +10,8 @@
 #include <cmath>
 
 #include "Look.h"
+#include "QuietLabel.h"
 #include "SetMIDIbandVariables.h"
-#include "SetupLists.h"
 
 namespace ovka::desktop {
 namespace {

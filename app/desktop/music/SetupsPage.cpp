@@ -12,7 +12,7 @@
 #include <QVBoxLayout>
 
 #include "Look.h"
-#include "SetupLists.h"
+#include "QuietLabel.h"
 
 namespace ovka::desktop {
 namespace {

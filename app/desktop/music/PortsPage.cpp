@@ -14,7 +14,7 @@
 #include "ControlBinding.h"
 #include "Look.h"
 #include "MusicControls.h"
-#include "SetupLists.h"
+#include "QuietLabel.h"
 #include "ShippedPreset.h"
 
 namespace ovka::desktop {
