@@ -9,6 +9,12 @@
 #include "Signal.h"
 
 namespace ovka {
+namespace {
+
+/// Between looks whether a capture has ended; what was read last has been analysed by then.
+constexpr std::chrono::milliseconds kReplayWatch{200};
+
+}  // namespace
 
 LiveSession::LiveSession() = default;
 
@@ -43,8 +49,34 @@ LiveSession::Opened LiveSession::startCapture(const LiveChoice& choice) {
     return {Problem::Output, "cannot write " + choice.capture + ": " + reason};
   }
   writer_ = std::make_unique<CaptureWriter>(captureFile_);
-  capturing_ = std::make_unique<CapturingSerialPorts>(serial_, clock_, *writer_, threads_);
+  capturing_ = std::make_unique<CapturingSerialPorts>(lines(), clock_, *writer_, threads_);
   return {};
+}
+
+LiveSession::Opened LiveSession::startReplay(const LiveChoice& choice) {
+  replay_ = std::make_unique<LiveReplay>(clock_);
+  if (std::string problem = replay_->open(choice.replay); !problem.empty())
+    return {Problem::File, std::move(problem)};
+  ports_ = replay_->inputs();
+  source_ = choice.replay;
+  return {};
+}
+
+SerialPorts& LiveSession::lines() {
+  if (capturing_) return *capturing_;
+  if (replay_) return replay_->lines();
+  return serial_;
+}
+
+/// Nothing comes any more: what stands is kept, and what sounds ends.
+void LiveSession::watchReplay() {
+  if (replayEnded_ || !replay_->ended()) return;
+  buffer::setPauseX = 1;
+  replayEnded_ = true;
+}
+
+std::string LiveSession::replayDamage() const {
+  return replayEnded_ ? replay_->damage() : std::string();
 }
 
 LiveSession::Opened LiveSession::openPorts() {
@@ -71,8 +103,12 @@ LiveSession::Opened LiveSession::openRememberedPort(const LiveChoice& choice) {
   return {};
 }
 
-/// The preset first, so that the line has the last word.
+/// What a capture needs to be read, then the preset, so that the line has the last word.
 LiveSession::Opened LiveSession::applySettings(const LiveChoice& choice) {
+  if (replay_) {
+    std::string problem = applyCaptureSettings(*engine_, replay_->settings());
+    if (!problem.empty()) return {Problem::File, source_ + ": " + problem};
+  }
   DocumentError error;
   if (!choice.preset.empty() && !engine_->documents()->panel().openPreset(choice.preset, &error))
     return {Problem::Preset, error.detail.empty() ? error.reason : error.detail};
@@ -86,12 +122,14 @@ LiveSession::Opened LiveSession::applySettings(const LiveChoice& choice) {
 LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
   ports_ = choice.ports;
   source_ = ports_.empty() ? std::string() : ports_.front();
+  if (!choice.replay.empty()) {
+    if (Opened opened = startReplay(choice); opened.problem != Problem::None) return opened;
+  }
   if (!choice.capture.empty()) {
     if (Opened opened = startCapture(choice); opened.problem != Problem::None) return opened;
   }
-  SerialPorts& serial = capturing_ ? static_cast<SerialPorts&>(*capturing_) : serial_;
-  engine_ = std::make_unique<Engine>(
-      Machine{clock_, threads_, mainLoop_, space_, serial, nullptr, choice.documents, choice.midi});
+  engine_ = std::make_unique<Engine>(Machine{clock_, threads_, mainLoop_, space_, lines(), nullptr,
+                                             choice.documents, choice.midi});
   if (Opened opened = applySettings(choice); opened.problem != Problem::None) return opened;
   if (choice.demo) {
     if (Opened opened = startAmplifier(choice.amplifier); opened.problem != Problem::None) {
@@ -105,11 +143,16 @@ LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
   std::string problem = engine_->start();
   if (!problem.empty()) return {Problem::Memory, std::move(problem)};
   mainThread_ = std::thread([this] { mainLoop_.run(); });
-  return choice.rememberedPort ? openRememberedPort(choice) : openPorts();
+  if (choice.rememberedPort) return openRememberedPort(choice);
+  Opened opened = openPorts();
+  if (replay_) threads_.repeat("replayEnd", kReplayWatch, [this] { watchReplay(); });
+  // A capture may end before a line was opened or greeted: what it holds still comes.
+  return replay_ ? Opened{} : opened;
 }
 
 std::string LiveSession::close() {
   if (std::exchange(closed_, true)) return {};
+  if (replay_) replay_->stop();
   if (engine_) engine_->stop();
   mainLoop_.stop();
   if (mainThread_.joinable()) mainThread_.join();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 #include "LinuxRunLoop.h"
 #include "LinuxSerialPorts.h"
 #include "LinuxThreadLauncher.h"
+#include "LiveReplay.h"
 #include "PseudoTerminal.h"
 #include "SimulatorOptions.h"
 #include "SimulatorServer.h"
@@ -29,6 +31,9 @@ struct LiveChoice {
   bool demo = false;
   /// Its model, configuration and speed follow the settings.
   SimulatorOptions amplifier;
+  /// A capture whose lines come again at the speed at which they were recorded, with its settings
+  /// before all others, instead of lines; empty for none. At its end the session pauses.
+  std::string replay;
   /// The port that the port preset asks to be switched on at the start, instead of lines.
   bool rememberedPort = false;
   /// A preset that is applied first, a name in the folder of presets or a path; empty for none.
@@ -45,8 +50,9 @@ struct LiveChoice {
 };
 
 /// The engine on this machine: real clock, threads and serial lines, optionally the virtual
-/// amplifier on a pseudo-terminal inside the process, optionally everything received kept in a
-/// capture. Made, opened and closed by one thread; the engine's own threads run in between.
+/// amplifier on a pseudo-terminal inside the process or the lines of a capture, optionally
+/// everything received kept in a capture. Made, opened and closed by one thread; the engine's own
+/// threads run in between.
 class LiveSession {
  public:
   LiveSession();
@@ -55,7 +61,7 @@ class LiveSession {
   LiveSession(const LiveSession&) = delete;
   LiveSession& operator=(const LiveSession&) = delete;
 
-  enum class Problem : std::uint8_t { None, Setting, Preset, NoPort, Port, Output, Memory };
+  enum class Problem : std::uint8_t { None, File, Setting, Preset, NoPort, Port, Output, Memory };
   struct Opened {
     Problem problem = Problem::None;
     std::string explanation;  ///< one line; empty when open
@@ -74,17 +80,25 @@ class LiveSession {
   [[nodiscard]] std::uint64_t captureLostBlocks() const;
   [[nodiscard]] int captureFailure() const;
   [[nodiscard]] std::uint64_t captureBytes() const;
+  /// The replayed capture has nothing left; `replayDamage` is one line when that came before its
+  /// end. Any thread.
+  [[nodiscard]] bool replayEnded() const { return replayEnded_.load(); }
+  [[nodiscard]] std::string replayDamage() const;
   [[nodiscard]] const LinuxClock& clock() const { return clock_; }
 
  private:
   [[nodiscard]] Opened startAmplifier(SimulatorOptions options);
   [[nodiscard]] Opened startCapture(const LiveChoice& choice);
+  [[nodiscard]] Opened startReplay(const LiveChoice& choice);
+  [[nodiscard]] SerialPorts& lines();
+  void watchReplay();
   [[nodiscard]] Opened applySettings(const LiveChoice& choice);
   [[nodiscard]] Opened openPorts();
   [[nodiscard]] Opened openRememberedPort(const LiveChoice& choice);
 
   LinuxClock clock_;
   LinuxSerialPorts serial_;
+  std::unique_ptr<LiveReplay> replay_;
   LinuxAddressSpace space_;
   // The amplifier has threads of its own, so that it still answers while the engine closes its
   // line.
@@ -101,6 +115,7 @@ class LiveSession {
   std::thread mainThread_;
   std::vector<std::string> ports_;
   std::string source_;
+  std::atomic<bool> replayEnded_{false};
   bool closed_ = false;
 };
 

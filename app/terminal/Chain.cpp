@@ -15,9 +15,13 @@ using std::chrono::nanoseconds;
 
 /// How far a replay goes before it looks whether the person asked for the end.
 constexpr nanoseconds kReplayStep = std::chrono::milliseconds(10);
+/// Between looks whether a capture has ended that comes at its own speed.
+constexpr nanoseconds kReplayLook = std::chrono::milliseconds(100);
 
 [[noreturn]] void refuse(LiveSession::Problem problem, const std::string& explanation) {
   switch (problem) {
+    case LiveSession::Problem::File:
+      throw Failure(ExitCode::BadInput, explanation);
     case LiveSession::Problem::Setting:
       throw Failure(ExitCode::Usage, explanation);
     case LiveSession::Problem::Preset:
@@ -35,6 +39,11 @@ constexpr nanoseconds kReplayStep = std::chrono::milliseconds(10);
       break;
   }
   throw Failure(ExitCode::Failed, explanation);
+}
+
+void refuseDamage(const std::string& path, const std::string& damage) {
+  if (!damage.empty())
+    throw Failure(ExitCode::BadInput, path + ": " + damage + "; everything before it was used");
 }
 
 /// The value that the last assignment of a name gives; empty when there is none.
@@ -61,7 +70,7 @@ void refuse(ReplaySession::Problem problem, const std::string& explanation) {
   throw Failure(ExitCode::Failed, explanation);
 }
 
-LiveChain::LiveChain(const LiveChoice& choice) {
+LiveChain::LiveChain(const LiveChoice& choice) : replays_(!choice.replay.empty()) {
   const LiveSession::Opened opened = session_.open(choice);
   if (opened.problem != LiveSession::Problem::None) {
     session_.close();
@@ -79,22 +88,23 @@ nanoseconds LiveChain::elapsed() const {
 }
 
 bool LiveChain::runTo(nanoseconds target, const StopSignals& stop) {
-  while (!stop.stopped()) {
+  while (!stop.stopped() && !session_.replayEnded()) {
     const nanoseconds rest = target - elapsed();
     if (rest <= nanoseconds::zero()) break;
-    stop.wait(rest);
+    stop.wait(replays_ ? std::min(rest, kReplayLook) : rest);
   }
-  return true;
+  return !session_.replayEnded();
 }
 
 void LiveChain::finish() {
   if (const std::string problem = session_.close(); !problem.empty())
     throw Failure(ExitCode::Output, problem);
+  refuseDamage(source(), session_.replayDamage());
 }
 
 ReplayChain::ReplayChain(const std::string& path, const std::vector<std::string>& assignments,
-                         Pace pace, const DocumentMachine* documents)
-    : session_(space_, documents), path_(path), pace_(pace) {
+                         const DocumentMachine* documents)
+    : session_(space_, documents), path_(path) {
   const ReplaySession::Opened opened = session_.open(path, assignments);
   if (opened.problem != ReplaySession::Problem::None) refuse(opened.problem, opened.explanation);
 }
@@ -103,17 +113,12 @@ bool ReplayChain::runTo(nanoseconds target, const StopSignals& stop) {
   while (elapsed() < target) {
     if (stop.stopped()) return true;
     if (!session_.step(std::min(kReplayStep, target - elapsed()))) return false;
-    if (pace_ == Pace::Fast) continue;
-    const nanoseconds ahead = elapsed() - (std::chrono::steady_clock::now() - start_);
-    if (ahead > nanoseconds::zero()) stop.wait(ahead);
   }
   return true;
 }
 
 void ReplayChain::finish() {
-  if (const std::string& damage = session_.damage(); !damage.empty()) {
-    throw Failure(ExitCode::BadInput, path_ + ": " + damage + "; everything before it was used");
-  }
+  refuseDamage(path_, session_.damage());
 }
 
 std::vector<std::string> assignmentsOf(const Arguments& arguments) {

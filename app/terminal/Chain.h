@@ -28,7 +28,7 @@ class Chain {
   [[nodiscard]] virtual std::string source() const = 0;
 };
 
-/// Serial lines or the virtual amplifier, in real time.
+/// Serial lines, the virtual amplifier or a capture at its own speed, in real time.
 class LiveChain final : public Chain {
  public:
   /// Throws Failure when it cannot be opened.
@@ -36,21 +36,22 @@ class LiveChain final : public Chain {
   [[nodiscard]] Engine& engine() override { return session_.engine(); }
   [[nodiscard]] std::chrono::nanoseconds elapsed() const override;
   bool runTo(std::chrono::nanoseconds target, const StopSignals& stop) override;
+  /// Throws Failure (ExitCode::BadInput) when a capture was cut off or damaged, too.
   void finish() override;
   [[nodiscard]] std::string source() const override { return session_.source(); }
   [[nodiscard]] LiveSession& session() { return session_; }
 
  private:
   LiveSession session_;
+  const bool replays_;
   std::int64_t start_ = 0;  ///< ns
 };
 
-/// A capture, as fast as it goes or at the speed at which it was recorded.
+/// A capture, as fast as it goes.
 class ReplayChain final : public Chain {
  public:
-  enum class Pace : std::uint8_t { Fast, Recorded };
   /// Throws Failure when it cannot be opened.
-  ReplayChain(const std::string& path, const std::vector<std::string>& assignments, Pace pace,
+  ReplayChain(const std::string& path, const std::vector<std::string>& assignments,
               const DocumentMachine* documents = nullptr);
   [[nodiscard]] Engine& engine() override { return session_.engine(); }
   [[nodiscard]] std::chrono::nanoseconds elapsed() const override { return session_.elapsed(); }
@@ -63,8 +64,6 @@ class ReplayChain final : public Chain {
   LinuxAddressSpace space_;
   ReplaySession session_;
   std::string path_;
-  Pace pace_;
-  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
 /// Ends the command because a replay could not be opened. Throws Failure.

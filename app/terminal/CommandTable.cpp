@@ -93,10 +93,11 @@ CommandForm liveForm() {
                       "Perform a window action after the start; 'ovka actions' lists them.")
              .repeated()}},
        chainGroup()});
-  form.exclusives = {{{"port", "capture", "demo"}, false}, {{"remember", "capture", "demo"}, false},
-                     {{"preset", "capture"}, false},       {{"play", "capture"}, false},
-                     {{"to", "capture"}, false},           {{"midi", "capture"}, false},
-                     {{"performance", "capture"}, false},  {{"json", "plain"}, false}};
+  form.exclusives = {{{"port", "capture", "demo"}, false},
+                     {{"remember", "capture", "demo"}, false},
+                     {{"preset", "capture"}, false},
+                     {{"performance", "capture"}, false},
+                     {{"json", "plain"}, false}};
   form.examples = {"ovka live --demo", "ovka live --demo --play",
                    "ovka live --port /dev/ttyUSB0 --model 6 --config 3",
                    "ovka live --demo --signal sine --frequency 10 --json --seconds 10"};

@@ -133,8 +133,7 @@ void sayDone(const std::string& path) {
 /// Replays a capture to its end and writes what it gave; a damaged one up to the damage.
 void convertCapture(const Arguments& arguments, DocumentHost& host, const DocumentMachine& machine,
                     FileKind to, const StopSignals& stop) {
-  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments), ReplayChain::Pace::Fast,
-                    &machine);
+  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments), &machine);
   chain.engine().documents()->panel().SevDevConfig4();
   std::string problem;
   while (!stop.stopped() && chain.runTo(chain.elapsed() + std::chrono::seconds(1), stop)) {

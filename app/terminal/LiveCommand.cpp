@@ -39,14 +39,18 @@ Console::Show showOf(const Arguments& arguments, bool screen) {
   return arguments.given("verbose") ? Console::Show::All : Console::Show::Important;
 }
 
+LiveChoice captureChoiceOf(const Arguments& arguments, const std::string& capture) {
+  refuseSignalWithoutDemo(arguments);
+  LiveChoice choice;
+  choice.replay = capture;
+  choice.assignments = assignmentsOf(arguments);
+  return choice;
+}
+
 std::unique_ptr<Chain> chainOf(const Arguments& arguments, const DocumentMachine& documents,
                                Music& music) {
-  if (const auto capture = arguments.text("capture")) {
-    refuseSignalWithoutDemo(arguments);
-    return std::make_unique<ReplayChain>(*capture, assignmentsOf(arguments),
-                                         ReplayChain::Pace::Recorded, &documents);
-  }
-  LiveChoice choice = liveChoiceOf(arguments);
+  const auto capture = arguments.text("capture");
+  LiveChoice choice = capture ? captureChoiceOf(arguments, *capture) : liveChoiceOf(arguments);
   choice.documents = &documents;
   music.prepare(choice);
   return std::make_unique<LiveChain>(choice);
@@ -104,7 +108,7 @@ void runLive(const Arguments& arguments) {
 void runReplay(const Arguments& arguments) {
   StopSignals stop;
   Console console(showOf(arguments, false));
-  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments), ReplayChain::Pace::Fast);
+  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments));
   console.started();
   present(chain, presentationOf(arguments, false), stop, console);
   if (!stop.stopped()) chain.finish();

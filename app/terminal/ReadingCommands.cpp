@@ -81,7 +81,7 @@ void warnWhenFull() {
 void runDecode(const Arguments& arguments) {
   StopSignals stop;
   Console console(showOf(arguments));
-  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments), ReplayChain::Pace::Fast);
+  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments));
   console.started();
   SamplePrinter printer(chain.engine().store(), arguments.given("read"));
   bool more = true;
@@ -97,7 +97,7 @@ void runDecode(const Arguments& arguments) {
 void runAnalyse(const Arguments& arguments) {
   StopSignals stop;
   Console console(showOf(arguments));
-  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments), ReplayChain::Pace::Fast);
+  ReplayChain chain(arguments.positional(0), assignmentsOf(arguments));
   console.started();
   while (!stop.stopped() && chain.runTo(chain.elapsed() + std::chrono::seconds(1), stop)) {
   }

@@ -6,7 +6,9 @@
 #include <doctest/doctest.h>
 
 #include "Banner.h"
+#include "BufferVariables.h"
 #include "FFTVariables.h"
+#include "LiveSession.h"
 #include "MusicFixture.h"
 #include "MusicMemory.h"
 #include "SetMIDIVariables.h"
@@ -73,6 +75,37 @@ TEST_CASE("one click plays the brain, one more ends it, and nothing of one's own
   REQUIRE(shell.settle());
   CHECK(setmidi::LowFNX[0] == 64);
   CHECK(setmidi::MIDIoutONX[0] == 1);
+}
+
+TEST_CASE("a capture plays as the amplifier did; at its end everything stands and nothing sounds") {
+  const testing::TemporaryFolder folder;
+  const std::string path = folder.at("alpha.cap");
+  {
+    testing::needApplication();
+    LiveChoice demo;
+    demo.demo = true;
+    demo.capture = path;
+    demo.assignments = {"FixedFramingX=1"};
+    LiveSession session;
+    REQUIRE(session.open(demo).explanation.empty());
+    QTest::qWait(4000);
+    REQUIRE(session.close().empty());
+  }
+  MusicFixture shell(SourceChoice::Kind::None);
+  SourceChoice capture;
+  capture.kind = SourceChoice::Kind::Capture;
+  capture.paths = {path};
+  shell.window.useSource(capture);
+  REQUIRE(shell.settle());
+  REQUIRE(shell.bench.source().kind == SourceChoice::Kind::Capture);
+  shell.window.music().play();
+  REQUIRE(shell.settle());
+  REQUIRE(shell.waitFor([&] { return notesOn(shell.music.synthesizer.messages()) > 0; }));
+  REQUIRE(shell.waitFor([&] { return shell.window.banner().key() == "line"; }));
+  CHECK(shell.window.banner().text() == "The capture has come to its end.");
+  CHECK(buffer::setPauseX == 1);
+  CHECK(shell.waitFor([&] { return shell.music.synthesizer.sounding().empty(); }));
+  CHECK(buffer::ploop > 300);
 }
 
 TEST_CASE("every note has ended when the program has, however it is ended") {

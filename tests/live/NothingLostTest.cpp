@@ -1,6 +1,7 @@
 #include <chrono>
 #include <cstdio>
 #include <doctest/doctest.h>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -155,15 +156,63 @@ TEST_CASE("fixed framing loses no frame, and a replay gives the same samples") {
     CHECK(session.engine().losses().wrongLengthLines.get() == 0);
   }
   const testing::CapturedPrint quiet;
-  LinuxAddressSpace space;
-  ReplaySession replay(space);
-  REQUIRE(replay.open(recording.path, {}).explanation.empty());
-  replay.run();
-  CHECK(replay.damage() == "");
-  REQUIRE(buffer::ploop == static_cast<std::int64_t>(live.size()));
-  bool same = true;
-  for (std::size_t n = 0; n < live.size(); ++n) {
-    same = same && replay.engine().store().storedValue(1, static_cast<std::int64_t>(n)) == live[n];
+  const auto holdsTheSame = [&live](SampleStore& store) {
+    bool same = buffer::ploop == static_cast<std::int64_t>(live.size());
+    for (std::size_t n = 0; n < live.size() && same; ++n)
+      same = store.storedValue(1, static_cast<std::int64_t>(n)) == live[n];
+    return same;
+  };
+  {
+    LinuxAddressSpace space;
+    ReplaySession replay(space);
+    REQUIRE(replay.open(recording.path, {}).explanation.empty());
+    replay.run();
+    CHECK(replay.damage() == "");
+    CHECK(holdsTheSame(replay.engine().store()));
   }
-  CHECK(same);
+  // At its own speed; at its end the session pauses.
+  const auto start = std::chrono::steady_clock::now();
+  LiveChoice choice;
+  choice.replay = recording.path;
+  LiveSession session;
+  const LiveSession::Opened opened = session.open(choice);
+  REQUIRE_MESSAGE(opened.explanation.empty(), opened.explanation);
+  const auto elapsed = [&start] { return std::chrono::steady_clock::now() - start; };
+  while (!session.replayEnded() && elapsed() < std::chrono::seconds(60))
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  CHECK(session.replayEnded());
+  CHECK(elapsed() > std::chrono::milliseconds(4500));
+  CHECK(buffer::setPauseX == 1);
+  CHECK(session.replayDamage() == "");
+  CHECK(session.close() == "");
+  CHECK(holdsTheSame(session.engine().store()));
+}
+
+TEST_CASE("a capture that cannot be replayed says why, a cut one ends early and says so") {
+  const testing::CapturedPrint quiet;
+  const Recording recording;
+  {
+    LiveChoice choice = sequenceAt1920(recording.path);
+    LiveSession session;
+    REQUIRE(session.open(choice).explanation.empty());
+    std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+    CHECK(session.close() == "");
+  }
+  LiveChoice choice;
+  for (const auto& [path, text] : {std::pair<std::string, std::string>{"none.cap", "cannot read"},
+                                   {"/dev/null", "not a capture"}}) {
+    choice.replay = path;
+    LiveSession session;
+    const LiveSession::Opened opened = session.open(choice);
+    CHECK(opened.problem == LiveSession::Problem::File);
+    CHECK(opened.explanation.find(text) != std::string::npos);
+  }
+  std::filesystem::resize_file(recording.path, std::filesystem::file_size(recording.path) - 1000);
+  choice.replay = recording.path;
+  LiveSession session;
+  REQUIRE(session.open(choice).explanation.empty());
+  for (int i = 0; i < 3000 && !session.replayEnded(); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  CHECK(session.replayDamage().find("cut off at byte") != std::string::npos);
+  CHECK(buffer::ploop > 1000);
 }

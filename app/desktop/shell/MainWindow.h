@@ -93,6 +93,7 @@ class MainWindow final : public QMainWindow {
   void watch();
   void watchEnd();
   void watchLine();
+  void watchCapture();
   void watchJournal();
   void showRequests();
   void offerRecovery();
@@ -124,6 +125,7 @@ class MainWindow final : public QMainWindow {
   unsigned ticks_ = 0;
   bool closing_ = false;
   bool lineLost_ = false;
+  bool captureEnded_ = false;  ///< and said so
 };
 
 }  // namespace ovka::desktop

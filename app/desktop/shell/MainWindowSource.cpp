@@ -81,7 +81,7 @@ void MainWindow::useSource(const SourceChoice& choice) {
       documents_.refresh();
       banner_->withdraw(QStringLiteral("source"));
       banner_->withdraw(QStringLiteral("line"));
-      lineLost_ = false;
+      lineLost_ = captureEnded_ = false;
       if (problem.isEmpty())
         rememberSource(plain);
       else

@@ -3,6 +3,7 @@
 #include <QPushButton>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "Banner.h"
 #include "BufferVariables.h"
@@ -50,6 +51,7 @@ void MainWindow::watch() {
   if (bench_.engine() == nullptr) return;
   watchEnd();
   watchLine();
+  watchCapture();
   watchJournal();
   documents_.refresh();
 }
@@ -89,6 +91,25 @@ void MainWindow::watchLine() {
                      .arg(bench_.sourceText()),
                  {{QStringLiteral("Start again"), [this] { useSource(bench_.source()); }}},
                  QStringLiteral("line")});
+}
+
+/// At its end a capture pauses by itself.
+void MainWindow::watchCapture() {
+  if (bench_.source().kind != SourceChoice::Kind::Capture || captureEnded_ ||
+      buffer::setPauseX == 0)
+    return;
+  bench_.askCaptureEnd([this](const QString& damage) {
+    if (std::exchange(captureEnded_, true)) return;
+    const bool whole = damage.isEmpty();
+    banner_->show(
+        {whole ? Banner::Level::Note : Banner::Level::Care,
+         whole ? QStringLiteral("The capture has come to its end.")
+               : QStringLiteral("The capture ends early; everything before that was used."),
+         whole ? QStringLiteral("What is shown stands; nothing of it is lost until it goes on.")
+               : damage,
+         {{QStringLiteral("Start again"), [this] { useSource(bench_.source()); }}},
+         QStringLiteral("line")});
+  });
 }
 
 void MainWindow::watchJournal() {

@@ -56,11 +56,7 @@ void DeskThread::run() {
       continue;
     }
     if (quit_) break;
-    guard.unlock();
-    const std::chrono::nanoseconds rest =
-        session_ ? session_->step() : std::chrono::nanoseconds(std::chrono::hours(1));
-    guard.lock();
-    if (waiting_.empty() && !quit_) changed_.wait_for(guard, rest);
+    changed_.wait(guard, [this] { return quit_ || !waiting_.empty(); });
   }
   guard.unlock();
   close(true);

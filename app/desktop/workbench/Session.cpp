@@ -12,13 +12,6 @@
 namespace ovka::desktop {
 namespace {
 
-using std::chrono::nanoseconds;
-
-constexpr nanoseconds kReplayStep = std::chrono::milliseconds(10);
-/// A replay that fell behind (a long save) skips no time but catches up in pieces, so that the desk
-/// thread stays free for tasks.
-constexpr int kStepsAtOnce = 10;
-
 /// The value that the last assignment of a name gives.
 std::uint32_t assigned(const SourceChoice& choice, std::string_view name, std::uint32_t preset) {
   std::uint32_t value = preset;
@@ -46,8 +39,7 @@ Session::~Session() {
 }
 
 std::string Session::open() {
-  std::string problem = choice_.kind == SourceChoice::Kind::Capture ? openReplay() : openLive();
-  if (!problem.empty()) return problem;
+  if (std::string problem = openLive(); !problem.empty()) return problem;
   open_ = true;
   if (choice_.onEngine) choice_.onEngine();
   applyDefaults();
@@ -62,6 +54,7 @@ std::string Session::openLive() {
   live.documents = &documents_;
   live.midi = midi_;
   if (choice_.kind == SourceChoice::Kind::Serial) live.ports = choice_.paths;
+  if (choice_.kind == SourceChoice::Kind::Capture) live.replay = choice_.paths.front();
   if (choice_.kind == SourceChoice::Kind::Demo) {
     // The virtual amplifier and the chain must agree on what stands on the line.
     live.demo = true;
@@ -78,18 +71,10 @@ std::string Session::openLive() {
     live.assignments.emplace_back("FixedFramingX=1");
     choice_.settings = live.assignments;
   }
-  live_ = std::make_unique<LiveSession>();
-  const LiveSession::Opened opened = live_->open(live);
+  const LiveSession::Opened opened = live_.open(live);
   if (opened.problem == LiveSession::Problem::None) return {};
-  live_->close();
+  live_.close();
   return opened.explanation;
-}
-
-std::string Session::openReplay() {
-  replay_ = std::make_unique<ReplaySession>(space_, &documents_);
-  const ReplaySession::Opened opened = replay_->open(choice_.paths.front(), choice_.settings);
-  start_ = std::chrono::steady_clock::now();
-  return opened.problem == ReplaySession::Problem::None ? std::string() : opened.explanation;
 }
 
 /// Every channel is kept unless the user says otherwise; then the user's default preset, under what
@@ -114,25 +99,8 @@ void Session::applyDefaults() {
 void Session::close(bool keepJournal) {
   if (!open_) return;
   open_ = false;
-  if (live_) live_->close();
-  if (replay_) replay_->engine().stop();
+  live_.close();
   if (!keepJournal) engine().documents()->journal().discard();
-}
-
-nanoseconds Session::step() {
-  if (!replay_ || !open_ || ended_) return std::chrono::hours(1);
-  for (int i = 0; i < kStepsAtOnce; ++i) {
-    const nanoseconds ahead = replay_->elapsed() - (std::chrono::steady_clock::now() - start_);
-    if (ahead > nanoseconds::zero()) return ahead;
-    if (replay_->step(kReplayStep)) continue;
-    ended_ = true;
-    break;
-  }
-  return nanoseconds::zero();
-}
-
-Engine& Session::engine() {
-  return replay_ ? replay_->engine() : live_->engine();
 }
 
 std::string Session::source() const {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -9,9 +8,7 @@
 
 #include "DocumentDesk.h"
 #include "Engine.h"
-#include "LinuxAddressSpace.h"
 #include "LiveSession.h"
-#include "ReplaySession.h"
 
 namespace ovka::desktop {
 
@@ -49,31 +46,24 @@ class Session {
   /// Ends the engine's threads; with `keepJournal` false the journal of what was acquired goes.
   void close(bool keepJournal);
 
-  /// Moves a replay on to the present; how long nothing is due. A live session does so by itself.
-  [[nodiscard]] std::chrono::nanoseconds step();
-
-  [[nodiscard]] Engine& engine();
+  [[nodiscard]] Engine& engine() { return live_.engine(); }
   [[nodiscard]] const SourceChoice& choice() const { return choice_; }
   /// For a person: a path, "virtual amplifier".
   [[nodiscard]] std::string source() const;
-  /// The end of a capture was reached; `damage` is one line when that was before its end.
-  [[nodiscard]] bool ended() const { return ended_; }
-  [[nodiscard]] std::string damage() const { return replay_ ? replay_->damage() : std::string(); }
+  /// The end of a capture was reached; `damage` is one line when that was before its end. Any
+  /// thread.
+  [[nodiscard]] bool ended() const { return live_.replayEnded(); }
+  [[nodiscard]] std::string damage() const { return live_.replayDamage(); }
 
  private:
   [[nodiscard]] std::string openLive();
-  [[nodiscard]] std::string openReplay();
   void applyDefaults();
 
   SourceChoice choice_;
   const DocumentMachine& documents_;
   const MidiMachine* midi_;
-  LinuxAddressSpace space_;
-  std::unique_ptr<LiveSession> live_;
-  std::unique_ptr<ReplaySession> replay_;
-  std::chrono::steady_clock::time_point start_;
+  LiveSession live_;
   bool open_ = false;
-  bool ended_ = false;
 };
 
 /// What comes in from now on is looked at, not recorded: it goes round in the buffer.

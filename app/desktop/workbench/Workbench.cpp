@@ -150,6 +150,25 @@ void Workbench::switchPort(const std::string& selector, const std::string& chose
       });
 }
 
+void Workbench::askCaptureEnd(const std::function<void(const QString&)>& done) {
+  struct Result {
+    bool ended = false;
+    std::string damage;
+  };
+  const auto result = std::make_shared<Result>();
+  const unsigned number = openings_;
+  desk_.post(
+      [this, result] {
+        const Session* session = desk_.session();
+        if (session == nullptr) return;
+        result->ended = session->ended();
+        result->damage = session->damage();
+      },
+      [this, result, done, number] {
+        if (number == openings_ && result->ended) done(QString::fromStdString(result->damage));
+      });
+}
+
 void Workbench::deliver() {
   desk_.deliver();
 }

@@ -77,6 +77,10 @@ class Workbench final : public QObject {
   void switchPort(const std::string& selector, const std::string& chosen,
                   const std::function<void()>& done);
 
+  /// Asks whether the capture that is the source has come to its end; `done` gets one line about
+  /// what was damaged, empty when nothing was, and is not called before the end.
+  void askCaptureEnd(const std::function<void(const QString&)>& done);
+
   /// Delivers what the desk thread finished. The main window's timer calls it.
   void deliver();
 
