@@ -56,7 +56,8 @@ void RandomRun::press(double seconds) {
     void (RandomRun::*make)();
     int weight;
   };
-  static constexpr std::array<Move, 11> kMoves{{{"arranging views", &RandomRun::arrangeViews, 10},
+  static constexpr std::array<Move, 12> kMoves{{{"arranging views", &RandomRun::arrangeViews, 10},
+                                                {"dragging a view", &RandomRun::dragView, 4},
                                                 {"full screen", &RandomRun::fullScreen, 4},
                                                 {"resizing", &RandomRun::resizeSomething, 6},
                                                 {"handling a view", &RandomRun::handleView, 14},
@@ -141,8 +142,25 @@ void RandomRun::resizeSomething() {
   }
 }
 
+/// A view by its title: pulled about, perhaps detached or docked on the way.
+void RandomRun::dragView() {
+  QDockWidget& dock = views().dock(anyView());
+  QWidget* title = dock.titleBarWidget();
+  // Nobody presses what does not show; the toolkit does not bear it either.
+  if (!title->isVisible()) return;
+  QPoint place(upTo(title->width() / 3 + 1), upTo(title->height() + 1));
+  QTest::mousePress(title, Qt::LeftButton, {}, place);
+  for (int i = upTo(5); i >= 0; --i) {
+    place += QPoint(upTo(400) - 200, upTo(400) - 200);
+    QTest::mouseMove(title, place);
+    if (oneIn(2)) QTest::qWait(upTo(60));
+  }
+  QTest::mouseRelease(title, Qt::LeftButton, {}, place);
+}
+
 void RandomRun::handleView() {
   View& view = views().view(anyView());
+  if (!view.isVisible()) return;
   const QPoint place(upTo(view.width() + 1), upTo(view.height() + 1));
   if (oneIn(4)) {
     constexpr std::array<Qt::Key, 9> kKeys{Qt::Key_F,     Qt::Key_R, Qt::Key_Plus,
@@ -156,7 +174,7 @@ void RandomRun::handleView() {
   } else if (oneIn(3)) {
     // Its menu blocks until the housekeeper closes it.
     QContextMenuEvent menu(QContextMenuEvent::Mouse, place, view.mapToGlobal(place));
-    if (view.isVisible()) QApplication::sendEvent(&view, &menu);
+    QApplication::sendEvent(&view, &menu);
   } else {
     QTest::mousePress(&view, Qt::LeftButton, {}, place);
     QTest::mouseMove(&view, place + QPoint(upTo(80) - 40, upTo(80) - 40));

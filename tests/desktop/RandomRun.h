@@ -38,6 +38,7 @@ class RandomRun {
   void arrangeViews();
   void fullScreen();
   void resizeSomething();
+  void dragView();
   void handleView();
   void setUp();
   QList<QDialog*> setUps();
