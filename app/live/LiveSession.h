@@ -108,7 +108,8 @@ class LiveSession {
   std::unique_ptr<SimulatorServer> server_;
   FileSink captureFile_;
   std::unique_ptr<CaptureWriter> writer_;
-  LinuxThreadLauncher threads_;
+  // They tick every millisecond and play.
+  LinuxThreadLauncher threads_{"runMIDIbandThread:", "runMIDIThread:"};
   LinuxRunLoop mainLoop_;
   std::unique_ptr<CapturingSerialPorts> capturing_;
   std::unique_ptr<Engine> engine_;

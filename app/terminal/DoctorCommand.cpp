@@ -67,7 +67,7 @@ void lookAtLimits(std::vector<Finding>& to) {
   const bool may = priority.rlim_cur > 0 || geteuid() == 0;
   to.push_back({"real-time limits", may ? State::Fine : State::Missing,
                 "priority " + limitText(priority.rlim_cur) + ", locked memory " +
-                    limitText(memory.rlim_cur) + " bytes; only JACK makes use of them",
+                    limitText(memory.rlim_cur) + " bytes; the MIDI threads and JACK use them",
                 may ? "" : "sudo usermod -aG audio $USER, then log in again"});
 }
 

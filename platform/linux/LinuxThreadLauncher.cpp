@@ -8,6 +8,7 @@
 #include "Print.h"
 #include "QuietThread.h"
 #include "TickGrid.h"
+#include "UrgentThread.h"
 
 namespace ovka {
 namespace {
@@ -54,9 +55,11 @@ void LinuxThreadLauncher::start(std::string_view name, std::function<void()> bod
   if (stopping_) return;
   joinEnded();
   auto ended = std::make_shared<std::atomic<bool>>(false);
+  const bool urgent = std::ranges::find(urgent_, name) != urgent_.end();
   try {
     std::thread thread =
-        startQuietThread(std::string(name).c_str(), [body = std::move(body), ended] {
+        startQuietThread(std::string(name).c_str(), [body = std::move(body), ended, urgent] {
+          if (urgent) static_cast<void>(beUrgentThread());
           body();
           ended->store(true);
         });

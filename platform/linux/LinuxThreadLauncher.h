@@ -4,11 +4,13 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <initializer_list>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "ThreadLauncher.h"
 
@@ -20,7 +22,9 @@ namespace ovka {
 /// in one line and left out. repeat, loop and once: any thread; stopAll: not on one of its threads.
 class LinuxThreadLauncher final : public ThreadLauncher {
  public:
-  LinuxThreadLauncher() = default;
+  /// Threads of the `urgent` names go before all usual ones, where this user may ask for that.
+  explicit LinuxThreadLauncher(std::initializer_list<std::string_view> urgent = {})
+      : urgent_(urgent) {}
   /// Stops all threads.
   ~LinuxThreadLauncher() override;
   LinuxThreadLauncher(const LinuxThreadLauncher&) = delete;
@@ -45,6 +49,7 @@ class LinuxThreadLauncher final : public ThreadLauncher {
   /// False when the threads are to end.
   [[nodiscard]] bool sleepUntil(std::chrono::steady_clock::time_point due);
 
+  const std::vector<std::string_view> urgent_;
   std::mutex lock_;  // guards what follows
   std::condition_variable wake_;
   bool stopping_ = false;

@@ -5,6 +5,7 @@
 #include <doctest/doctest.h>
 #include <future>
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 #include <string>
 #include <thread>
@@ -13,6 +14,7 @@
 #include "LinuxClock.h"
 #include "LinuxRunLoop.h"
 #include "LinuxThreadLauncher.h"
+#include "UrgentThread.h"
 
 using namespace std::chrono_literals;
 using std::chrono::nanoseconds;
@@ -43,6 +45,28 @@ TEST_CASE(
   for (std::size_t k = 0; k < ticks.size(); ++k) {
     CHECK(ticks[k] - start >= static_cast<int>(k + 1) * 20ms);
   }
+}
+
+TEST_CASE("an urgent thread goes before usual ones, where this user may ask for that") {
+  int refused = 0;
+  std::thread([&refused] { refused = ovka::beUrgentThread(); }).join();
+  std::atomic<int> urgent{-1};
+  std::atomic<int> usual{-1};
+  const auto policy = [] { return sched_getscheduler(0) & ~SCHED_RESET_ON_FORK; };
+  {
+    ovka::LinuxThreadLauncher launcher{"urgent"};
+    launcher.once("urgent", [&] {
+      urgent = policy();
+      std::thread([&] { usual = policy(); }).join();
+    });
+    while (usual < 0) std::this_thread::sleep_for(1ms);
+  }
+  CHECK(usual == SCHED_OTHER);
+  if (refused != 0) {
+    MESSAGE("skipped: this user may not ask for it: ", std::strerror(refused));
+    return;
+  }
+  CHECK(urgent == SCHED_RR);
 }
 
 TEST_CASE("stopAll wakes sleepers at once, and nothing starts afterwards") {

@@ -21,7 +21,7 @@ namespace {
 // pulseaudio first: PipeWire serves it, and it shares the output with other programs.
 constexpr std::array<const char*, 3> kDrivers{"pulseaudio", "jack", "alsa"};
 /// Ticks without a call of the driver until its output counts as gone, and between two searches for
-/// another, which doubles up to the most: a search loads the sounds anew.
+/// another, which doubles up to the most: a search opens every sound system.
 constexpr int kQuietTicks = 4;
 constexpr int kMostQuietTicks = 30;
 
@@ -105,7 +105,7 @@ std::unique_ptr<FluidSynthesizer::Output> FluidSynthesizer::openOutput(Synthesiz
     }
     settings.sampleRate = *rate;
   }
-  std::unique_ptr<FluidVoices> voices = FluidVoices::load(settings, problem);
+  std::unique_ptr<FluidVoices> voices = FluidVoices::make(settings, problem);
   if (voices == nullptr) return nullptr;
   setDriver(voices->settings(), driver, settings);
   auto output = std::make_unique<Output>(
@@ -115,7 +115,10 @@ std::unique_ptr<FluidSynthesizer::Output> FluidSynthesizer::openOutput(Synthesiz
                  std::filesystem::path(settings.soundFont).filename().string() + ", " + driver;
   static_cast<void>(messages.takeLast());
   output->driver = new_fluid_audio_driver2(output->voices->settings(), &Output::play, output.get());
-  if (output->driver != nullptr) return output;
+  // The sounds last: a machine without a sound output is asked again and again, and they are most
+  // of the memory and of the time.
+  if (output->driver != nullptr)
+    return output->voices->loadSounds(settings.soundFont, problem) ? std::move(output) : nullptr;
   *problem = messages.takeLast();
   if (problem->empty()) *problem = "refused";
   return nullptr;

@@ -42,6 +42,13 @@ std::string FluidVoices::libraryName() {
 
 std::unique_ptr<FluidVoices> FluidVoices::load(const SynthesizerSettings& settings,
                                                std::string* explanation) {
+  std::unique_ptr<FluidVoices> voices = make(settings, explanation);
+  if (voices == nullptr || !voices->loadSounds(settings.soundFont, explanation)) return nullptr;
+  return voices;
+}
+
+std::unique_ptr<FluidVoices> FluidVoices::make(const SynthesizerSettings& settings,
+                                               std::string* explanation) {
   LibraryMessages messages;
   std::unique_ptr<FluidVoices> voices(new FluidVoices);
   voices->settings_ = new_fluid_settings();
@@ -56,16 +63,17 @@ std::unique_ptr<FluidVoices> FluidVoices::load(const SynthesizerSettings& settin
     fluid_settings_setint(all, "synth.dynamic-sample-loading", 0);
     voices->synth_ = new_fluid_synth(all);
   }
-  if (voices->synth_ == nullptr) {
-    *explanation = "the synthesizer could not be made: " + messages.takeLast();
-    return nullptr;
-  }
-  if (fluid_synth_sfload(voices->synth_, settings.soundFont.c_str(), 1) == FLUID_FAILED) {
-    *explanation = "the sound font " + settings.soundFont +
-                   " is damaged; choose another: " + messages.takeLast();
-    return nullptr;
-  }
-  return voices;
+  if (voices->synth_ != nullptr) return voices;
+  *explanation = "the synthesizer could not be made: " + messages.takeLast();
+  return nullptr;
+}
+
+bool FluidVoices::loadSounds(const std::string& soundFont, std::string* explanation) {
+  LibraryMessages messages;
+  if (fluid_synth_sfload(synth_, soundFont.c_str(), 1) != FLUID_FAILED) return true;
+  *explanation =
+      "the sound font " + soundFont + " is damaged; choose another: " + messages.takeLast();
+  return false;
 }
 
 FluidVoices::~FluidVoices() {

@@ -14,10 +14,15 @@ namespace ovka {
 /// other renders: the library keeps them apart, and messages never wait for the rendering.
 class FluidVoices {
  public:
-  /// `settings.soundFont` is the path of a sound font. nullptr and a line for a person when it
-  /// cannot be loaded.
+  /// Voices with the sounds of `settings.soundFont`, a path. nullptr and a line for a person when
+  /// they cannot be loaded.
   [[nodiscard]] static std::unique_ptr<FluidVoices> load(const SynthesizerSettings& settings,
                                                          std::string* explanation);
+  /// Voices that stay silent until they have sounds.
+  [[nodiscard]] static std::unique_ptr<FluidVoices> make(const SynthesizerSettings& settings,
+                                                         std::string* explanation);
+  /// Also while another thread renders.
+  [[nodiscard]] bool loadSounds(const std::string& soundFont, std::string* explanation);
   ~FluidVoices();
   FluidVoices(const FluidVoices&) = delete;
   FluidVoices& operator=(const FluidVoices&) = delete;
