@@ -5,6 +5,8 @@
 #include <QScreen>
 #include <QToolButton>
 #include <doctest/doctest.h>
+#include <functional>
+#include <vector>
 
 #include "DisplayRows.h"
 #include "ShellFixture.h"
@@ -181,4 +183,43 @@ TEST_CASE("a view goes to the second screen and comes back") {
   CHECK(view.window()->geometry() == screens[1]->geometry());
   QTest::keyClick(&view, Qt::Key_Escape);
   CHECK(shell.waitFor([&] { return view.window() == &shell.window; }));
+}
+
+TEST_CASE("a view in somebody's hand is put down before anything else arranges the views") {
+  ShellFixture shell(SourceChoice::Kind::None);
+  Views views(shell);
+  REQUIRE(views.noted());
+  const QByteArray layout = views.docks.layout();
+  QDockWidget& dock = views.docks.dock(K::RawWave);
+  const std::vector<std::function<void()>> ways{
+      [&] { CHECK(views.docks.restoreLayout(layout)); },
+      [&] { views.docks.arrangeDefault(); },
+      [&] { views.docks.showFullScreen(K::RawWave); },
+      [&] { dock.toggleViewAction()->trigger(); },
+  };
+  for (std::size_t i = 0; i < ways.size(); ++i) {
+    CAPTURE(i);
+    views.docks.arrangeDefault();
+    QWidget* title = dock.titleBarWidget();
+    QTest::mousePress(title, Qt::LeftButton, {}, {5, 5});
+    QTest::mouseMove(title, {300, 200});
+    REQUIRE(QWidget::mouseGrabber() == &dock);
+    ways[i]();
+    CHECK(QWidget::mouseGrabber() == nullptr);
+    QTest::mouseMove(title, {350, 260});
+    QTest::mouseRelease(title, Qt::LeftButton, {}, {350, 260});
+    QTest::qWait(20);
+    CHECK(QWidget::mouseGrabber() == nullptr);
+  }
+  // What a document brings waits until it is put down.
+  views.docks.arrangeDefault();
+  QTest::mousePress(dock.titleBarWidget(), Qt::LeftButton, {}, {5, 5});
+  QTest::mouseMove(dock.titleBarWidget(), {300, 200});
+  display::window(K::Newave).open = 1;
+  display::tellViews();
+  QTest::qWait(300);
+  CHECK(QWidget::mouseGrabber() == &dock);
+  CHECK(views.docks.dock(K::Newave).isHidden());
+  QTest::mouseRelease(dock.titleBarWidget(), Qt::LeftButton, {}, {300, 200});
+  CHECK(shell.waitFor([&] { return !views.docks.dock(K::Newave).isHidden(); }));
 }

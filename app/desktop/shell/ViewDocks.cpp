@@ -2,18 +2,22 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QApplication>
 #include <QComboBox>
+#include <QCursor>
 #include <QDockWidget>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QScreen>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <QWindow>
+#include <algorithm>
 #include <utility>
 
 #include "Look.h"
@@ -118,6 +122,7 @@ ViewDocks::ViewDocks(Workbench& bench, QWidget* parent) : QMainWindow(parent), b
 }
 
 ViewDocks::~ViewDocks() {
+  endDrag();
   leaveFullScreen();
 }
 
@@ -132,7 +137,30 @@ QWidget* ViewDocks::makeTitle(ViewKind kind) {
   return new Title(view(kind), {full, detach, close});
 }
 
+/// The view that is pulled about by its title at the moment; nullptr: none.
+QDockWidget* ViewDocks::dragged() const {
+  auto* dock = qobject_cast<QDockWidget*>(QWidget::mouseGrabber());
+  return std::ranges::find(docks_, dock) != docks_.end() ? dock : nullptr;
+}
+
+/// A view that is dragged lands where it is: the toolkit does not bear that others are arranged
+/// meanwhile.
+void ViewDocks::endDrag() {
+  QDockWidget* dock = dragged();
+  if (dock == nullptr) return;
+  const QPoint place = QCursor::pos();
+  QMouseEvent release(QEvent::MouseButtonRelease, dock->mapFromGlobal(place), place, Qt::LeftButton,
+                      Qt::NoButton, Qt::NoModifier);
+  QApplication::sendEvent(dock, &release);
+}
+
+bool ViewDocks::restoreLayout(const QByteArray& layout) {
+  endDrag();
+  return restoreState(layout, kLayoutVersion);
+}
+
 void ViewDocks::arrangeDefault() {
+  endDrag();
   leaveFullScreen();
   for (QDockWidget* each : docks_) {
     each->setFloating(false);
@@ -183,8 +211,8 @@ void ViewDocks::remember() {
 
 /// A document or preset says which windows were open; one that says nothing changes nothing.
 void ViewDocks::takeBrought() {
-  // A document at work brings group after group.
-  if (bench_.desk().busy()) {
+  // A document at work brings group after group; a view in somebody's hand is put down first.
+  if (bench_.desk().busy() || dragged() != nullptr) {
     QTimer::singleShot(note_->interval(), this, &ViewDocks::takeBrought);
     return;
   }
@@ -232,6 +260,7 @@ ViewKind ViewDocks::chosen() const {
 }
 
 void ViewDocks::showFullScreen(ViewKind kind, int screen) {
+  endDrag();
   leaveFullScreen();
   const QList<QScreen*> screens = QGuiApplication::screens();
   stage_ = new QWidget(nullptr, Qt::Window);
@@ -274,6 +303,7 @@ bool ViewDocks::eventFilter(QObject* watched, QEvent* event) {
   const bool arranged = event->type() == QEvent::Resize || event->type() == QEvent::Move ||
                         event->type() == QEvent::ShowToParent ||
                         event->type() == QEvent::HideToParent;
+  if (event->type() == QEvent::HideToParent && watched == dragged()) endDrag();
   if (arranged && qobject_cast<QDockWidget*>(watched) != nullptr) note_->start();
   if (stage_ != nullptr && event->type() == QEvent::KeyPress) {
     const int key = static_cast<QKeyEvent*>(event)->key();

@@ -38,7 +38,7 @@ class ViewDocks final : public QMainWindow {
   [[nodiscard]] ViewKind chosen() const;
 
   [[nodiscard]] QByteArray layout() const { return saveState(kLayoutVersion); }
-  bool restoreLayout(const QByteArray& layout) { return restoreState(layout, kLayoutVersion); }
+  bool restoreLayout(const QByteArray& layout);
   /// Puts the arrangement into the display variables, where documents and presets find it. Done by
   /// itself shortly after every change.
   void noteArrangement();
@@ -49,6 +49,8 @@ class ViewDocks final : public QMainWindow {
  private:
   static constexpr int kLayoutVersion = 1;
   [[nodiscard]] QWidget* makeTitle(ViewKind kind);
+  [[nodiscard]] QDockWidget* dragged() const;
+  void endDrag();
   void takeBrought();
   void restoreWindows();
   void remember();
