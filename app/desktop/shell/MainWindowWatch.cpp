@@ -100,6 +100,7 @@ void MainWindow::watchCapture() {
     return;
   bench_.askCaptureEnd([this](const QString& damage) {
     if (std::exchange(captureEnded_, true)) return;
+    banner_->withdraw(QStringLiteral("music"));  // it tells what plays
     const bool whole = damage.isEmpty();
     banner_->show(
         {whole ? Banner::Level::Note : Banner::Level::Care,
