@@ -22,6 +22,7 @@ class DueSchedule {
   void remove(std::size_t setup) noexcept;
   /// Moves those whose time has come into `due`.
   void take(double now, SetupMask& due) noexcept;
+  [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
   /// Samples came: moves those that wait for them into `due`.
   void takeWaiting(SetupMask& due) noexcept;
 

@@ -45,10 +45,17 @@ void MidiMapping::runThread(ThreadLauncher& launcher, const Clock& clock, std::s
   launcher.loop(name, [this, &clock, after = std::move(after)] {
     timerUpdate();
     if (after) after();
-    const bool rests = silent() && variables_.needOff == 0;
+    const bool rests = silent() ? variables_.needOff == 0 : nothingOn();
     const std::chrono::nanoseconds grid = rests ? kRest : kTick;
     return grid - std::chrono::nanoseconds(clock.nanoseconds() % grid.count());
   });
+}
+
+/// No set-up is on, and none of them left a note.
+bool MidiMapping::nothingOn() {
+  const std::scoped_lock guard(lock_);
+  const bool quiet = all_ ? schedule_.empty() : variables_.MIDIoutON[shownSetup()] != 1;
+  return quiet && held_.setups().empty();
 }
 
 void MidiMapping::timerUpdate() {

@@ -65,8 +65,9 @@ struct MappingAction {
 class MidiMapping : public MidiForwarding {
  public:
   static constexpr std::chrono::milliseconds kTick{1};
-  /// Between looks while nothing may sound and nothing is left to end: a thousand ticks a second
-  /// are most of what a paused program costs. Nobody hears whether the music goes on this much later.
+  /// Between looks while nothing may sound, or nothing is on, and nothing is left to end: a
+  /// thousand ticks a second are most of what a paused program costs. Nobody hears whether the
+  /// music goes on this much later.
   static constexpr std::chrono::milliseconds kRest{20};
 
   virtual ~MidiMapping() = default;
@@ -184,6 +185,7 @@ class MidiMapping : public MidiForwarding {
 
  private:
   [[nodiscard]] bool silent() const;
+  [[nodiscard]] bool nothingOn();
   void tick();
   void playDue(double now);
   void playShown();

@@ -29,6 +29,7 @@ namespace ovka::desktop {
 namespace {
 
 constexpr int kTick = 33;  // ms
+constexpr unsigned kRestingTicks = 3;
 
 bool isCapture(const QString& path) {
   return path.endsWith(QStringLiteral(".cap"), Qt::CaseInsensitive);
@@ -257,15 +258,20 @@ void MainWindow::tick() {
                    QStringLiteral("end")});
     documents_.refresh();
   }
-  ++ticks_;
-  if (ticks_ % 3 == 0) {
+  // While everything stands the program looks less often, as if that many ticks had passed.
+  const unsigned ticks = bench_.feed().rests() ? kRestingTicks : 1;
+  if (const int interval = static_cast<int>(ticks) * kTick; timer_->interval() != interval)
+    timer_->setInterval(interval);
+  const unsigned before = ticks_;
+  ticks_ += ticks;
+  if (ticks_ / 3 != before / 3) {
     transport_->refresh();
     strip_->refresh();
     refreshTitle();
     refreshMusic();
   }
   scrub_->refresh();
-  if (ticks_ % 30 == 0) watch();
+  if (ticks_ / 30 != before / 30) watch();
 }
 
 /// Who reached a button by the keyboard presses it with the space bar; it pauses everywhere else.

@@ -23,9 +23,7 @@ constexpr double kMostBehind = 0.2;
 /// What follows slowly (averages, scales, bars) gets this long to settle (s); then a frame now and
 /// then shows what nobody announces.
 constexpr double kSettle = 2;
-constexpr double kStillFrame = 4;
-/// Between looks whether something moves again (ms).
-constexpr int kStillLook = 50;
+constexpr double kStillFrame = 6;
 
 /// Which analysis channels the present model and configuration fill.
 std::array<bool, kChannels> activeChannels() {
@@ -104,7 +102,7 @@ void Feed::every(int milliseconds) {
 
 void Feed::lookAgain() {
   stillSince_ = -1;
-  if (timer_.interval() == kStillLook) every(1000 / std::clamp<int>(display::frameRateX, 10, 120));
+  if (rests()) every(1000 / std::clamp<int>(display::frameRateX, 10, 120));
 }
 
 /// Most of what a window costs is painting, and a musician's pause is long.

@@ -102,6 +102,8 @@ class Feed : public QObject {
   void pull();
   /// Something else changed that views show (a setting): frames come again for a while.
   void lookAgain();
+  /// Nothing moves that the views show, and has not for a while.
+  [[nodiscard]] bool rests() const { return timer_.interval() == kStillLook; }
   /// What the last pull left.
   [[nodiscard]] const Frame& frame() const { return frame_; }
   /// Frames a second over the last second or so.
@@ -132,6 +134,9 @@ class Feed : public QObject {
   void settingsBrought();
 
  private:
+  /// Between looks whether something moves again (ms).
+  static constexpr int kStillLook = 100;
+
   void pullState();
   void pullPositions(double elapsed);
   void followWave(std::int64_t before);
