@@ -202,6 +202,19 @@ TEST_CASE("closing and covering views changes neither recording nor settings") {
   shell.bench.recorder().noteDiscarded();
 }
 
+TEST_CASE("when the session ends nothing is asked, and the journal keeps the recording") {
+  ShellFixture shell(SourceChoice::Kind::Demo);
+  REQUIRE(reaches(shell, RecordState::Live));
+  shell.window.show();
+  REQUIRE(recordSome(shell));
+  REQUIRE(shell.bench.recorder().unsaved());
+  shell.window.closeUnasked();
+  CHECK_FALSE(shell.window.isVisible());
+  CHECK(shell.box("unsaved") == nullptr);
+  CHECK(shell.bench.recorder().keepsJournal());
+  shell.bench.recorder().noteDiscarded();
+}
+
 TEST_CASE("sources chosen one after the other: the last one counts") {
   ShellFixture shell(SourceChoice::Kind::None);
   shell.window.setup().show();

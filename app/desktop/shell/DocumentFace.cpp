@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSettings>
@@ -150,6 +151,9 @@ void DocumentFace::finish(const std::shared_ptr<Job>& job) {
 
 void DocumentFace::showProgress() {
   progress_ = new QProgressDialog(progressLabel_, QStringLiteral("Cancel"), 0, 1000, window_);
+  // The dialog's own setValue handles events, among them the end of the work that it shows.
+  auto* bar = new QProgressBar;
+  progress_->setBar(bar);
   progress_->setWindowModality(Qt::WindowModal);
   progress_->setAutoClose(false);
   progress_->setAutoReset(false);
@@ -158,20 +162,17 @@ void DocumentFace::showProgress() {
   connect(progress_, &QProgressDialog::canceled, this, [this] {
     bench_.progress().cancel = true;
     // Cancelling hides it; the work goes on until it can stop.
-    progress_->show();
+    if (progress_ != nullptr) progress_->show();
   });
   auto* look = new QTimer(progress_);
-  connect(look, &QTimer::timeout, progress_, [this] {
+  connect(look, &QTimer::timeout, progress_, [this, bar, dialog = progress_] {
     const WorkProgress& now = bench_.progress();
     const std::uint64_t total = now.total;
-    if (total > 0) {
-      progress_->setMaximum(1000);
-      progress_->setValue(static_cast<int>(1000.0 * static_cast<double>(now.done.load()) /
-                                           static_cast<double>(total)));
-    } else {
-      progress_->setMaximum(0);
-    }
-    if (auto* button = progress_->findChild<QPushButton*>())
+    bar->setRange(0, total > 0 ? 1000 : 0);
+    if (total > 0)
+      bar->setValue(static_cast<int>(1000.0 * static_cast<double>(now.done.load()) /
+                                     static_cast<double>(total)));
+    if (auto* button = dialog->findChild<QPushButton*>())
       button->setEnabled(now.cancellable && !now.cancel);
   });
   look->start(100);

@@ -13,6 +13,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cstdio>
 
 #include "Banner.h"
 #include "BufferVariables.h"
@@ -284,6 +285,13 @@ bool MainWindow::event(QEvent* event) {
     return true;
   }
   return QMainWindow::event(event);
+}
+
+void MainWindow::closeUnasked() {
+  if (bench_.recorder().unsaved())
+    std::fputs("ovka-desktop: the recording is kept; the next start offers it\n", stderr);
+  closing_ = true;
+  close();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -48,6 +48,8 @@ class MainWindow final : public QMainWindow {
   /// after.
   void performAction(const QString& selector, int sender);
   void panic();
+  /// The program ends without a question; a journal keeps what is unsaved.
+  void closeUnasked();
 
   [[nodiscard]] Workbench& bench() { return bench_; }
   [[nodiscard]] DocumentFace& documents() { return documents_; }

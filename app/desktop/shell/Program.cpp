@@ -60,13 +60,14 @@ void onSignal(int /*signal*/) {
   errno = kept;
 }
 
-/// A terminal's Ctrl-C and the end of the desktop session close the window in order.
+/// A terminal's Ctrl-C and the end of the desktop session end the program in order. Nobody may be
+/// there to answer a question: what is unsaved is in the journal, which the next start offers.
 void closeOnSignals(MainWindow& window) {
   if (pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
   auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &window);
   QObject::connect(notifier, &QSocketNotifier::activated, &window, [&window, notifier] {
     notifier->setEnabled(false);
-    window.close();
+    window.closeUnasked();
   });
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, onSignal);
 }
