@@ -280,11 +280,14 @@ void RandomRun::goSomewhere() {
   Recorder& recorder = shell_.bench.recorder();
   const RecordState state = recorder.state();
   const std::int64_t length = recorder.end() - recorder.start();
-  if ((state == RecordState::Review || state == RecordState::Playing) && length > 0)
-    recorder.seek(recorder.start() +
-                  static_cast<std::int64_t>(random_() % static_cast<std::uint64_t>(length)));
-  else if (auto* note = shell_.window.findChild<QLineEdit*>("note");
-           note != nullptr && note->isVisible())
+  if ((state == RecordState::Review || state == RecordState::Playing) && length > 0) {
+    const std::int64_t point =
+        recorder.start() +
+        static_cast<std::int64_t>(random_() % static_cast<std::uint64_t>(length));
+    recorder.seek(point);
+    if (oneIn(3)) recorder.setStretch(point - upTo(200), point + upTo(200));
+  } else if (auto* note = shell_.window.findChild<QLineEdit*>("note");
+             note != nullptr && note->isVisible())
     QTest::keyClick(note, Qt::Key_Return);
 }
 

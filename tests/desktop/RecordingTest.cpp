@@ -1,6 +1,9 @@
+#include <QMouseEvent>
+#include <cmath>
 #include <doctest/doctest.h>
 
 #include "BufferVariables.h"
+#include "ScrubBar.h"
 #include "SetupWindow.h"
 #include "ShellFixture.h"
 
@@ -81,6 +84,31 @@ TEST_CASE("the row of recording: live, record, pause, stop, play, live") {
   REQUIRE(reaches(shell, RecordState::Playing));
   REQUIRE(reaches(shell, RecordState::Review));  // at its end it stands again
   CHECK(shell.waitFor([&] { return buffer::ploop == end; }));
+
+  // A stretch is repeated until it is let go.
+  auto* scrub = shell.window.findChild<ScrubBar*>("scrub");
+  shell.window.show();
+  shell.window.tick();
+  scrub->refresh();
+  REQUIRE(scrub->isVisible());
+  const auto at = [scrub](std::int64_t point) {
+    return QPoint(static_cast<int>(std::lround(scrub->xOf(point))), 15);
+  };
+  QTest::mousePress(scrub, Qt::LeftButton, Qt::ShiftModifier, at(end / 4));
+  QMouseEvent pull(QEvent::MouseMove, at(end / 2), scrub->mapToGlobal(at(end / 2)), Qt::NoButton,
+                   Qt::LeftButton, Qt::ShiftModifier);
+  QApplication::sendEvent(scrub, &pull);
+  CHECK(std::abs(recorder.stretchFirst() - end / 4) <= 2);
+  CHECK(std::abs(recorder.stretchEnd() - end / 2) <= 2);
+  row.pause->click();
+  REQUIRE(reaches(shell, RecordState::Playing));
+  QTest::qWait(700);
+  CHECK(recorder.state() == RecordState::Playing);
+  CHECK(buffer::ploop >= recorder.stretchFirst());
+  CHECK(buffer::ploop < recorder.stretchEnd());
+  QTest::keyClick(scrub, Qt::Key_Escape);
+  CHECK(recorder.stretchFirst() == recorder.stretchEnd());
+  REQUIRE(reaches(shell, RecordState::Review));
 
   // Nothing but the answer lets an unsaved recording go.
   row.live->click();

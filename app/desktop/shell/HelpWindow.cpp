@@ -60,6 +60,8 @@ faders of a MIDI controller can be bound to gains and edges. <b>Panic</b> silenc
 <tr><td><b>Ctrl+M, Ctrl+Shift+M</b></td><td>Music on and off, music window</td></tr>
 <tr><td><b>Ctrl+T</b></td><td>Note at this moment</td></tr>
 <tr><td><b>Left, Right</b></td><td>One second back or on in a recording, with Shift ten</td></tr>
+<tr><td><b>[ and ], Shift and pull</b></td><td>The stretch of a recording that is repeated (in the
+line below the buttons); Escape lets it go</td></tr>
 <tr><td><b>Ctrl+1 ... Ctrl+7</b></td><td>Views</td></tr>
 <tr><td><b>F11, Escape</b></td><td>Full screen and back</td></tr>
 <tr><td><b>Ctrl+N, O, S, Shift+S</b></td><td>New, open, save, save as</td></tr>

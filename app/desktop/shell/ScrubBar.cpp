@@ -36,8 +36,11 @@ void ScrubBar::refresh() {
   TypeTextHere& annotations = bench_.engine()->annotations();
   const std::int64_t now = buffer::ploop;
   const std::uint64_t revision = annotations.revision();
-  if (start_ == recorder.start() && end_ == recorder.end() && now_ == now && revision_ == revision)
+  if (start_ == recorder.start() && end_ == recorder.end() && now_ == now &&
+      revision_ == revision && first_ == recorder.stretchFirst() && last_ == recorder.stretchEnd())
     return;
+  first_ = recorder.stretchFirst();
+  last_ = recorder.stretchEnd();
   start_ = recorder.start();
   end_ = recorder.end();
   now_ = now;
@@ -77,6 +80,15 @@ void ScrubBar::paintEvent(QPaintEvent* /*event*/) {
   painter.drawRoundedRect(QRectF(kSide, y - 3, width() - 2 * kSide, 6), 3, 3);
   painter.setBrush(colors.accent);
   painter.drawRoundedRect(QRectF(kSide, y - 3, xOf(now_) - kSide, 6), 3, 3);
+  if (first_ < last_) {
+    QColor stretch = colors.accent;
+    stretch.setAlphaF(0.25F);
+    painter.setBrush(stretch);
+    painter.drawRect(QRectF(QPointF(xOf(first_), y - 10), QPointF(xOf(last_), y + 10)));
+    painter.setBrush(colors.accent);
+    for (const std::int64_t side : {first_, last_})
+      painter.drawRect(QRectF(xOf(side) - 1.5, y - 12, 3, 24));
+  }
   painter.setBrush(theme.warning);
   for (const Mark& mark : marks_) painter.drawRect(QRectF(xOf(mark.point) - 1, y - 8, 2, 16));
   painter.setBrush(theme.text);
@@ -118,6 +130,8 @@ const ScrubBar::Mark* ScrubBar::markNear(double x) const {
 
 void ScrubBar::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
+  pulled_ = pointAt(event->position().x());
+  if (event->modifiers() & Qt::ShiftModifier) return;
   const Mark* mark = markNear(event->position().x());
   bench_.recorder().seek(mark != nullptr ? mark->point : pointAt(event->position().x()));
   refresh();
@@ -125,7 +139,14 @@ void ScrubBar::mousePressEvent(QMouseEvent* event) {
 
 void ScrubBar::mouseMoveEvent(QMouseEvent* event) {
   if (!(event->buttons() & Qt::LeftButton)) return;
+  if (event->modifiers() & Qt::ShiftModifier) return pullStretch(event->position().x());
   bench_.recorder().seek(pointAt(event->position().x()));
+  refresh();
+}
+
+void ScrubBar::pullStretch(double x) {
+  const std::int64_t here = pointAt(x);
+  bench_.recorder().setStretch(std::min(pulled_, here), std::max(pulled_, here));
   refresh();
 }
 
@@ -138,6 +159,15 @@ void ScrubBar::keyPressEvent(QKeyEvent* event) {
       break;
     case Qt::Key_Right:
       bench_.recorder().seek(buffer::ploop + step);
+      break;
+    case Qt::Key_BracketLeft:
+      bench_.recorder().setStretch(now_, last_ > now_ ? last_ : end_);
+      break;
+    case Qt::Key_BracketRight:
+      bench_.recorder().setStretch(first_ < now_ ? first_ : start_, now_);
+      break;
+    case Qt::Key_Escape:
+      bench_.recorder().setStretch(0, 0);
       break;
     case Qt::Key_Home:
       bench_.recorder().seek(start_);
@@ -157,11 +187,12 @@ bool ScrubBar::event(QEvent* event) {
     auto* help = static_cast<QHelpEvent*>(event);
     const Mark* mark = markNear(help->pos().x());
     const auto speed = static_cast<double>(buffer::SampleSpeed.get());
-    QToolTip::showText(
-        help->globalPos(),
-        mark != nullptr ? mark->text
-                        : clockText(static_cast<double>(pointAt(help->pos().x()) - start_) / speed),
-        this);
+    QString text = mark != nullptr
+                       ? mark->text
+                       : clockText(static_cast<double>(pointAt(help->pos().x()) - start_) / speed);
+    text += first_ < last_ ? QStringLiteral("\nThe stretch is repeated; Escape lets it go.")
+                           : QStringLiteral("\nPull with Shift for a stretch to repeat.");
+    QToolTip::showText(help->globalPos(), text, this);
     return true;
   }
   return QWidget::event(event);

@@ -9,7 +9,9 @@
 namespace ovka::desktop {
 
 /// The whole of a recording as a line: where it stands, its annotations, and a handle to go
-/// anywhere. Arrow keys move a second, with Shift ten; Home and End go to the ends. The GUI thread.
+/// anywhere. Arrow keys move a second, with Shift ten; Home and End go to the ends. A pull with
+/// Shift, or the brackets at two places, choose a stretch that playback repeats; Escape lets it go.
+/// The GUI thread.
 class ScrubBar final : public QWidget {
   Q_OBJECT
 
@@ -37,11 +39,15 @@ class ScrubBar final : public QWidget {
     QString text;
   };
   [[nodiscard]] const Mark* markNear(double x) const;
+  void pullStretch(double x);
 
   Workbench& bench_;
   std::int64_t start_ = 0;
   std::int64_t end_ = 0;
   std::int64_t now_ = 0;
+  std::int64_t first_ = 0;   ///< of the stretch that is repeated
+  std::int64_t last_ = 0;    ///< behind it
+  std::int64_t pulled_ = 0;  ///< where the pull of a stretch began
   std::uint64_t revision_ = 0;
   std::vector<Mark> marks_;
 };

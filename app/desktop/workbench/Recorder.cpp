@@ -176,15 +176,33 @@ void Recorder::setLoop(bool loop) {
   const RecordState now = state();
   if (now == RecordState::Recording || now == RecordState::Paused)
     buffer::setLoopModeX = loop ? 1 : 0;
-  if (now == RecordState::Playing || now == RecordState::Review)
-    engine_->annotations().loop(loop ? start() : 0, loop ? end_ : 0);
+  if (now == RecordState::Playing || now == RecordState::Review) repeat();
+}
+
+/// What playback repeats: the stretch, else with the loop on everything.
+void Recorder::repeat() {
+  if (stretchFirst_ < stretchEnd_)
+    engine_->annotations().loop(stretchFirst_, stretchEnd_);
+  else
+    engine_->annotations().loop(loop_ ? start() : 0, loop_ ? end_ : 0);
+}
+
+void Recorder::setStretch(std::int64_t first, std::int64_t end) {
+  const RecordState now = state();
+  if (busy_ || (now != RecordState::Review && now != RecordState::Playing)) return;
+  stretchFirst_ = std::clamp(first, start(), std::max(start(), end_));
+  stretchEnd_ = std::clamp(end, stretchFirst_, std::max(start(), end_));
+  repeat();
 }
 
 void Recorder::play() {
   if (busy_ || state() != RecordState::Review || end_ <= start()) return;
-  const std::int64_t from = buffer::ploop >= end_ ? start() : buffer::ploop.get();
+  const bool stretch = stretchFirst_ < stretchEnd_;
+  std::int64_t from = buffer::ploop;
+  if (stretch && (from < stretchFirst_ || from >= stretchEnd_)) from = stretchFirst_;
+  if (from >= end_) from = start();
   moveTo(from);
-  engine_->annotations().loop(loop_ ? start() : 0, loop_ ? end_ : 0);
+  repeat();
   engine_->documents()->playFrom(from);
 }
 
@@ -212,7 +230,9 @@ bool Recorder::tick() {
   if (runs && point < lastPoint_) wrapped_ = true;
   lastPoint_ = point;
   if (now == RecordState::Review && point != standing_) moveTo(standing_);
-  if (now == RecordState::Playing && !loop_ && buffer::ploop >= end_) {
+  if (now != RecordState::Review && now != RecordState::Playing) stretchFirst_ = stretchEnd_ = 0;
+  const bool repeats = loop_ || stretchFirst_ < stretchEnd_;
+  if (now == RecordState::Playing && !repeats && buffer::ploop >= end_) {
     pausePlaying();
     seek(end_);
   }
@@ -276,6 +296,7 @@ void Recorder::noteSaved() {
 }
 
 void Recorder::noteOpened(bool changed) {
+  stretchFirst_ = stretchEnd_ = 0;
   if (engine_ == nullptr) return;
   recorded_ = true;
   changed_ = changed;

@@ -51,6 +51,12 @@ class Recorder {
   void play();
   void pausePlaying();
   void seek(std::int64_t point);
+  /// While a recording stands or plays: playback repeats the points first ... end - 1. Less than
+  /// one point: it does not. Another recording has no stretch.
+  void setStretch(std::int64_t first, std::int64_t end);
+  /// First point of the stretch and the one behind its last; equal: none.
+  [[nodiscard]] std::int64_t stretchFirst() const { return stretchFirst_; }
+  [[nodiscard]] std::int64_t stretchEnd() const { return stretchEnd_; }
 
   /// Looks for the ends: of playing, of the maximum time. True when a recording ended by itself.
   bool tick();
@@ -85,12 +91,15 @@ class Recorder {
   void restartHere(Engine& engine, std::int32_t mode, std::int32_t loop, bool keepJournal);
   void standAt(std::int64_t point);
   void moveTo(std::int64_t point);
+  void repeat();
   void finishRecording(bool looked = false, const std::function<void()>& done = {});
 
   DeskThread& desk_;
   Engine* engine_ = nullptr;
   bool acquires_ = false;
   bool loop_ = false;
+  std::int64_t stretchFirst_ = 0;
+  std::int64_t stretchEnd_ = 0;
   bool recorded_ = false;   ///< there is a recording or document, not only a living picture
   bool changed_ = false;    ///< it is in no document
   bool discarded_ = false;  ///< the user said so
