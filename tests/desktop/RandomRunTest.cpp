@@ -10,7 +10,8 @@
 #include "RandomRun.h"
 
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
+// Of the sanitizer's allocator interface, whose header gcc does not install.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 // The window in the hands of somebody who presses everything in any order. The seed is printed and
