@@ -46,7 +46,7 @@ class QZInputStream {
 
   /// How often a paused playback looks whether it goes on. Short enough to resume at once, long
   /// enough to leave the processor alone.
-  static constexpr std::chrono::nanoseconds kPausedPlaybackWait = std::chrono::milliseconds(20);
+  static constexpr std::chrono::nanoseconds kPausedPlaybackWait = std::chrono::milliseconds(40);
 
   enum class ThreadKind : std::uint8_t { Timer, Loop, Once };
   struct ThreadRow;

@@ -68,7 +68,7 @@ class MidiMapping : public MidiForwarding {
   /// Between looks while nothing may sound, or nothing is on, and nothing is left to end: a
   /// thousand ticks a second are most of what a paused program costs. Nobody hears whether the
   /// music goes on this much later.
-  static constexpr std::chrono::milliseconds kRest{20};
+  static constexpr std::chrono::milliseconds kRest{50};
 
   virtual ~MidiMapping() = default;
 
