@@ -137,6 +137,40 @@ TEST_CASE("every note has ended when the program has, however it is ended") {
   }
 }
 
+TEST_CASE("set-ups are put aside and come back, channels are kept, notes end") {
+  MusicFixture shell(SourceChoice::Kind::None);
+  shell.show(MusicPage::Bands);
+  const auto click = [&](const char* name) {
+    auto* button = shell.find<QPushButton>(name);
+    REQUIRE(button->isEnabled());
+    button->click();
+    REQUIRE(shell.settle());
+  };
+  for (const char* setting : {"MIDIoutONEX[0]=1", "SendMIDItimingEX[0]=0", "MIDIchannel3X[0]=9"})
+    REQUIRE(shell.bench.engine()->assign(setting).empty());
+  REQUIRE(shell.waitFor([&] { return !shell.music.transport.sounding().empty(); }));
+  click("SetMIDIband sendMidiTemporalyOFF");
+  CHECK(setmidiband::MIDIoutONEX[0] == 0);
+  CHECK(shell.waitFor([&] { return shell.music.transport.sounding().empty(); }));
+  click("SetMIDIband sendMidiBackON");
+  CHECK(setmidiband::MIDIoutONEX[0] == 1);
+  CHECK_FALSE(shell.find<QPushButton>("MIDIchannelBackCopy")->isEnabled());
+  click("MIDIchannelCopy");
+  REQUIRE(shell.bench.engine()->assign("MIDIchannel3X[0]=2").empty());
+  click("MIDIchannelBackCopy");
+  CHECK(setmidiband::MIDIchannelX[2][0] == 9);
+  REQUIRE(shell.bench.engine()->assign("MIDIoutONEX[0]=0").empty());
+  click("SetMIDIband sendMidiShutDown");
+  CHECK(shell.music.transport.sounding().empty());
+  shell.show(MusicPage::Singles);
+  setmidi::MIDIoutONX.set(5, 1);
+  click("SetMIDI sendMidiTemporalyOFF");
+  CHECK(setmidi::MIDIoutONX[5] == 0);
+  click("SetMIDI sendMidiBackON");
+  CHECK(setmidi::MIDIoutONX[5] == 1);
+  click("SetMIDI sendMidiShutDown");
+}
+
 TEST_CASE("the synthesizer is tried, turned off and on, and set") {
   MusicFixture shell(SourceChoice::Kind::None);
   shell.show(MusicPage::Synthesizer);

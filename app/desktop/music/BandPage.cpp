@@ -139,6 +139,15 @@ QWidget* BandPage::makeBands() {
                              QStringLiteral("Bands 1 to 8 on MIDI channels 1 to 8.")));
   channels->addWidget(button("setCHto9to16:", QStringLiteral("Channels 9 to 16"),
                              QStringLiteral("Bands 1 to 8 on MIDI channels 9 to 16.")));
+  channels->addSpacing(look::kGrid);
+  QPushButton* keep = button("MIDIchannelCopy", QStringLiteral("Keep channels"),
+                             QStringLiteral("Remembers the channels of all set-ups."));
+  QPushButton* back = button("MIDIchannelBackCopy", QStringLiteral("Kept channels back"),
+                             QStringLiteral("Brings the remembered channels into force."));
+  back->setEnabled(false);  // none are remembered yet
+  connect(keep, &QPushButton::clicked, back, [back] { back->setEnabled(true); });
+  channels->addWidget(keep);
+  channels->addWidget(back);
   auto* learn = new QPushButton(QStringLiteral("Knobs and faders …"));
   learn->setToolTip(QStringLiteral("Binds gain and band edges to a MIDI controller."));
   learn->setAutoDefault(false);

@@ -295,8 +295,9 @@ constexpr auto kSingleRows = std::to_array<MusicRow>({
      "Plays on the software synthesizer, too; it counts at once, without Set."},
 });
 
-constexpr std::array<std::string_view, 4> kOfBoth{
-    "setSet:", "setCancel:", "setSetToDefault:", "selectSetup:"};
+constexpr std::array<std::string_view, 8> kOfBoth{
+    "setSet:",          "setCancel:",           "setSetToDefault:", "selectSetup:",
+    "sendMidiShutDown", "sendMidiTemporalyOFF", "sendMidiBackON",   "sendsetMIDIRestart"};
 
 template <std::size_t N>
 bool holds(const std::array<MusicRow, N>& rows, std::string_view selector) {

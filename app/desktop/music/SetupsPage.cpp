@@ -113,6 +113,12 @@ QWidget* SetupsPage::makeBottom() {
   set_ = button("setSet:", QStringLiteral("Set"),
                 QStringLiteral("Brings what was changed into force, in all set-ups."));
   set_->setMinimumWidth(96);
+  row->addWidget(button("sendMidiShutDown", QStringLiteral("End notes"),
+                        QStringLiteral("Ends every sounding note of these set-ups.")));
+  row->addWidget(button("sendMidiTemporalyOFF", QStringLiteral("All off for now"),
+                        QStringLiteral("Silences every set-up and remembers which were on.")));
+  row->addWidget(button("sendMidiBackON", QStringLiteral("Back on"),
+                        QStringLiteral("Plays again what was off for now.")));
   row->addWidget(pending_, 1);
   row->addWidget(defaults);
   row->addWidget(cancel_);
