@@ -3,6 +3,7 @@
 #include <doctest/doctest.h>
 
 #include "BufferVariables.h"
+#include "DisplayVariables.h"
 #include "ScrubBar.h"
 #include "SetupWindow.h"
 #include "ShellFixture.h"
@@ -249,6 +250,7 @@ TEST_CASE("sources chosen one after the other: the last one counts") {
   int ready = 0;
   SourceChoice demo;
   demo.kind = SourceChoice::Kind::Demo;
+  display::displayGainX[0] = 3.0F;
   for (int i = 0; i < 4; ++i) {
     shell.bench.openSource(demo, [&ready](const QString&) { ++ready; });
     QTest::qWait(i * 40);
@@ -257,5 +259,6 @@ TEST_CASE("sources chosen one after the other: the last one counts") {
   REQUIRE(shell.settle());
   CHECK(shell.bench.engine() == Engine::current());
   CHECK_FALSE(shell.bench.opening());
+  CHECK(display::displayGainX[0] == 3.0F);
   CHECK(shell.waitFor([] { return buffer::ploop > 0; }));
 }

@@ -4,7 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "DisplayMemory.h"
 #include "MusicMemory.h"
 
 namespace ovka::desktop {
@@ -47,10 +46,10 @@ void Workbench::openSource(SourceChoice choice, const std::function<void(const Q
   const bool keepJournal = recorder_.keepsJournal();
   const SourceChoice::Kind from = source_.kind;
   choice.defaultPreset = std::exchange(first_, false);
-  // What the user's preset says of the views goes before what they were.
-  choice.onEngine = [display = choice.defaultPreset ? storedDisplay() : keepDisplay()] {
-    bringDisplay(display);
-  };
+  // What the user's preset says of the views goes before what they were; an opening that is not
+  // through yet may have them half way.
+  if (!opening_) display_ = choice.defaultPreset ? storedDisplay() : keepDisplay();
+  choice.onEngine = [display = display_] { bringDisplay(display); };
   if (choice.kind == SourceChoice::Kind::Serial && choice.model >= 0)
     choice.settings.push_back("SelectDevice=" + std::to_string(choice.model));
   opening_ = true;

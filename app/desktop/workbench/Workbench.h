@@ -10,6 +10,7 @@
 
 #include "DeskThread.h"
 #include "DesktopDialogs.h"
+#include "DisplayMemory.h"
 #include "Feed.h"
 #include "LinuxClock.h"
 #include "LinuxFileLocks.h"
@@ -111,6 +112,7 @@ class Workbench final : public QObject {
   Engine* engine_ = nullptr;
   SourceChoice source_;
   QString sourceText_;
+  DisplayMemory display_;  ///< of the views, for the engine that is being opened
   bool opening_ = false;
   unsigned openings_ = 0;  ///< the newest counts
   bool first_ = true;
