@@ -245,7 +245,7 @@ void MainWindow::applyLook() {
 void MainWindow::refreshTitle() {
   const bool unsaved = bench_.recorder().unsaved();
   setWindowTitle(QStringLiteral("%1[*] – OVKA").arg(documents_.name()));
-  setWindowModified(unsaved);
+  if (isWindowModified() != unsaved) setWindowModified(unsaved);
 }
 
 void MainWindow::tick() {

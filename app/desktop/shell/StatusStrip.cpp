@@ -88,6 +88,7 @@ StatusStrip::StatusStrip(Workbench& bench, QWidget* parent)
 }
 
 void StatusStrip::applyLook() {
+  judged_.fill(-1);
   refresh();
 }
 
@@ -118,6 +119,9 @@ void StatusStrip::refreshChannel(std::size_t channel) {
   const bool there = bench_.engine() != nullptr && frame.alive && frame.channels[channel].active;
   label->setVisible(there);
   if (!there) return;
+  const bool known = judged_[channel] == frame.point && bench_.feed().rests();
+  judged_[channel] = frame.point;
+  if (known) return;
   const double speed = frame.sampleSpeed;
   const auto count = static_cast<std::int64_t>(kLookedAt * speed);
   const std::int64_t first = std::max(frame.point - count, frame.pointStart);

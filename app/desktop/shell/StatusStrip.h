@@ -44,6 +44,7 @@ class StatusStrip final : public QFrame {
   std::int64_t lostBefore_ = 0;
   std::int64_t lostAt_ = 0;  ///< when something was lost last (ns); 0: never
   unsigned turn_ = 0;
+  std::array<std::int64_t, kChannels> judged_{};  ///< newest point that was looked at
 };
 
 }  // namespace ovka::desktop

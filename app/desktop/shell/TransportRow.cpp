@@ -244,11 +244,14 @@ void TransportRow::refreshLight() {
   midiSeen_ = now;
   const Theme theme = look::theme();
   const look::Colors colors = look::colors(theme);
-  light_->setStyleSheet(
-      QStringLiteral("padding: 6px 10px; border-radius: 6px; font-weight: 600; color: %1; "
-                     "background: %2; border: 1px solid %3")
+  const QString style =
+      QStringLiteral(
+          "padding: 6px 10px; border-radius: 6px; font-weight: 600; color: %1; "
+          "background: %2; border: 1px solid %3")
           .arg((midiGlow_ > 0 ? colors.onAccent : theme.quietText).name(),
-               (midiGlow_ > 0 ? colors.good : theme.plot).name(), colors.line.name()));
+               (midiGlow_ > 0 ? colors.good : theme.plot).name(), colors.line.name());
+  // A style is taken up anew, however equal it is.
+  if (light_->styleSheet() != style) light_->setStyleSheet(style);
 }
 
 }  // namespace ovka::desktop
