@@ -10,9 +10,9 @@ namespace ovka {
 namespace {
 
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
-/// Between rounds at the least: at high sample speeds several frames leave together, as they do on a
-/// serial line behind an adapter.
-constexpr std::chrono::nanoseconds kServing = std::chrono::milliseconds(4);
+/// Between rounds at the least: several frames leave together, as they do on a serial line behind a
+/// USB adapter, whose latency timer has 16 ms.
+constexpr std::chrono::nanoseconds kServing = std::chrono::milliseconds(12);
 constexpr std::chrono::nanoseconds kIdle = std::chrono::milliseconds(20);
 
 std::int64_t nanosecondsOf(double seconds) {
