@@ -10,7 +10,6 @@
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
-#include <utility>
 
 namespace ovka {
 namespace {
@@ -115,14 +114,12 @@ std::string PseudoTerminal::path() const {
 
 bool PseudoTerminal::hostPresent() {
   if (master_ < 0) return false;
-  pollfd state{master_, POLLIN, 0};
-  const bool looked = ::poll(&state, 1, 0) >= 0;
-  nothingToRead_ = looked && (state.revents & POLLIN) == 0;
-  return looked && (state.revents & (POLLHUP | POLLERR)) == 0;
+  pollfd state{master_, 0, 0};
+  return ::poll(&state, 1, 0) >= 0 && (state.revents & (POLLHUP | POLLERR)) == 0;
 }
 
 std::size_t PseudoTerminal::read(std::span<std::uint8_t> bytes) {
-  if (master_ < 0 || std::exchange(nothingToRead_, false)) return 0;
+  if (master_ < 0) return 0;
   const ssize_t count = ::read(master_, bytes.data(), bytes.size());
   return count > 0 ? static_cast<std::size_t>(count) : 0;
 }

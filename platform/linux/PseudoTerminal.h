@@ -44,7 +44,6 @@ class PseudoTerminal final : public ByteChannel {
   void closeMaster();
 
   int master_ = -1;
-  bool nothingToRead_ = false;  ///< as the last look for a host saw
   std::string slave_;
   std::string link_;
   std::string linkTarget_;  ///< what our link says, to take away only our own

@@ -104,7 +104,7 @@ TEST_CASE("while paused nothing is read or published, and playback resumes at on
   f.time.advance(999ms);
   CHECK(f.log.texts() == std::vector<std::string>{"addOvka 1", "sendSerialWDI"});
   buffer::setPauseX = 0;
-  f.time.advance(playing ? 40ms : 15ms);
+  f.time.advance(playing ? 30ms : 15ms);
   CHECK(f.log.count("getFromPortNew") == 1);
 }
 
