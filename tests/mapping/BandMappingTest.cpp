@@ -156,6 +156,10 @@ TEST_CASE("notes end with the pause, once, and with their set-up") {
           return text.starts_with("On ") && text.find(" s4 ") != std::string::npos;
         }) == 8);
   CHECK(rig.notes.sounding().count({0, 9, 60}) == 0);
+  MIDIoutONEX.set(4, 0);  // and off: nothing plays
+  rig.tick(1.0);
+  CHECK(rig.notes.sounding().empty());
+  MIDIoutONEX.set(4, 1);
   setSoloBandX = 1;
   CHECK(rig.tick(1.0).size() == 24);
 
