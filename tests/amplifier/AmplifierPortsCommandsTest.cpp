@@ -1,25 +1,19 @@
-#include <cerrno>
 #include <doctest/doctest.h>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "AmplifierBench.h"
 
+using namespace ovka;
+using namespace ovka::testing;
+
 namespace {
 
-using ovka::testing::AmplifierBench;
-using Device = ovka::testing::FakeSerialPorts::Device;
-using Step = ovka::testing::FakeSerialPorts::Step;
-namespace amplifier = ovka::amplifier;
-namespace buffer = ovka::buffer;
-
-struct RecordedBluetooth final : ovka::BluetoothCommands {
+struct RecordedBluetooth final : BluetoothCommands {
   std::vector<std::string> sent;
   void sendSampleSpeedBluetooth(std::int32_t speed) override {
     sent.push_back("SR " + std::to_string(speed));
   }
-  void sendFilterBluetooth(float ratio) override { sent.push_back(ovka::filterCommand(ratio)); }
+  void sendFilterBluetooth(float ratio) override { sent.push_back(filterCommand(ratio)); }
   void sendBLBluetooth() override { sent.emplace_back("BL"); }
 };
 
@@ -43,8 +37,8 @@ TEST_CASE("commands on the serial line") {
   CHECK(bench.print.take() == "ratio = FR 0.5000\\r\nFilterHCRatioSet \"FR 0.5000\\r\"\n");
   bench.ports.sendBL();
   CHECK(bench.device.written == "SR 256\rFR 0.5000\rBL\r");
-  CHECK(ovka::filterCommand(-0.00005F) == "FR -0.0000\r");
-  CHECK(ovka::filterCommand(3.4e38F).size() == 3 + 39 + 5 + 1);
+  CHECK(filterCommand(-0.00005F) == "FR -0.0000\r");
+  CHECK(filterCommand(3.4e38F).size() == 3 + 39 + 5 + 1);
 }
 
 TEST_CASE("an impossible sample speed is refused with one line") {
@@ -78,19 +72,13 @@ TEST_CASE("a failed or partial write is said, never fatal") {
 
 TEST_CASE("where a command goes") {
   struct Case {
-    std::int32_t openPort;
+    std::int32_t openPort, openBluetooth, noAccess;
     std::uint32_t model;
-    std::int32_t openBluetooth;
-    std::int32_t noAccess;
-    bool serial;
-    bool bluetooth;
+    bool serial, bluetooth;
   };
-  for (const Case& c : std::vector<Case>{{1, 0, 1, 0, true, false},
-                                         {1, 9, 0, 0, true, false},
-                                         {1, 1, 1, 0, false, true},
-                                         {0, 0, 1, 0, false, true},
-                                         {0, 0, 0, 0, false, false},
-                                         {1, 0, 1, 1, false, false}}) {
+  for (const Case& c : {Case{1, 1, 0, 0, true, false}, Case{1, 0, 0, 9, true, false},
+                        Case{1, 1, 0, 1, false, true}, Case{0, 1, 0, 0, false, true},
+                        Case{0, 0, 0, 0, false, false}, Case{1, 1, 1, 0, false, false}}) {
     CommandBench bench;
     amplifier::openPort = c.openPort;
     amplifier::openBluetooth = c.openBluetooth;

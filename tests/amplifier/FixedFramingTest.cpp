@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <doctest/doctest.h>
-#include <string>
 
 #include "AmplifierStreams.h"
 #include "DecoderBench.h"
@@ -17,14 +16,8 @@ struct Kind {
   std::uint32_t model, config;
   bool old;
 };
-constexpr std::array<Kind, 8> kKinds{{{0, 1, false},
-                                      {3, 3, false},
-                                      {4, 0, false},
-                                      {6, 1, false},
-                                      {9, 2, false},
-                                      {5, 3, false},
-                                      {0, 1, true},
-                                      {2, 3, true}}};
+constexpr Kind kKinds[] = {{0, 1, false}, {3, 3, false}, {4, 0, false}, {6, 1, false},
+                           {9, 2, false}, {5, 3, false}, {0, 1, true},  {2, 3, true}};
 /// Intact frames behind the last fault: a boundary is believed by what follows it.
 constexpr std::size_t kTail = 8;
 
@@ -33,12 +26,8 @@ struct Run {
   long long skipped = 0;
 };
 
-void addBlocks(DecoderBench& bench, const Bytes& stream, AmplifierStream& random) {
-  for (std::size_t at = 0; at < stream.size();) {
-    const std::size_t length = std::min(1 + random.below(70), stream.size() - at);
-    bench.decoder.printNumberSTR(std::span(stream).subspan(at, length));
-    at += length;
-  }
+void add(Bytes& stream, const Bytes& bytes) {
+  stream.insert(stream.end(), bytes.begin(), bytes.end());
 }
 
 /// The frames that a decoder in fixed framing stores of the stream, in order.
@@ -46,7 +35,11 @@ Run decode(const Kind& kind, const Bytes& stream, AmplifierStream& random) {
   DecoderBench bench(kind.model, kind.config);
   amplifier::FixedFramingX = 1;
   amplifier::oldBluetooth = kind.old ? 1 : 0;
-  addBlocks(bench, stream, random);
+  for (std::size_t at = 0; at < stream.size();) {
+    const std::size_t length = std::min(1 + random.below(70), stream.size() - at);
+    bench.decoder.printNumberSTR(std::span(stream).subspan(at, length));
+    at += length;
+  }
   Run run;
   for (std::int64_t n = 0; n < bench.decoder.framesStored(); ++n) {
     Frame frame;
@@ -79,16 +72,13 @@ TEST_CASE("fixed framing loses nothing, wherever the blocks end") {
     std::vector<Frame> sent;
     for (int n = 0; n < 4000; ++n) {
       const Bytes frame = source.frame();
-      stream.insert(stream.end(), frame.begin(), frame.end());
+      add(stream, frame);
       sent.push_back(expectedOf(kind, frame));
       // Status lines between frames.
-      for (const std::string& line : {std::string("bl 3FF\r"), std::string("ffff\r")}) {
-        if (n % 100 == 50) stream.insert(stream.end(), line.begin(), line.end());
-      }
+      if (n % 100 == 50) add(stream, testing::bytesOf("bl 3FF\rffff\r"));
     }
     // The decision on two carriage returns at the end waits for one more frame.
-    const Bytes last = testing::bytesOf("sr 256\r");
-    stream.insert(stream.end(), last.begin(), last.end());
+    add(stream, testing::bytesOf("sr 256\r"));
     const Run run = decode(kind, stream, source);
     REQUIRE(run.stored.size() == sent.size());
     CHECK(std::equal(sent.begin(), sent.end(), run.stored.begin(),
@@ -126,7 +116,7 @@ TEST_CASE("a fault costs the frame that it fell into") {
       } else {
         intact.push_back(expectedOf(kind, frame));
       }
-      stream.insert(stream.end(), frame.begin(), frame.end());
+      add(stream, frame);
     }
     const Run run = decode(kind, stream, source);
     // Every intact frame, in order; faulty ones may stand between them.
@@ -159,7 +149,7 @@ TEST_CASE("reception that begins in the middle of a frame finds the frames") {
       std::vector<Frame> sent;
       for (int n = 0; n < 40; ++n) {
         const Bytes frame = source.frame();
-        stream.insert(stream.end(), frame.begin(), frame.end());
+        add(stream, frame);
         sent.push_back(expectedOf(kind, frame));
       }
       stream.erase(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(missing));
@@ -177,7 +167,7 @@ TEST_CASE("old Bluetooth records without line ends are told by their groups") {
   for (int n = 0; n < 100; ++n) {
     Bytes record = source.frame();
     record.back() = ' ';
-    stream.insert(stream.end(), record.begin(), record.end());
+    add(stream, record);
   }
   const Run run = decode({0, 1, true}, stream, source);
   CHECK(run.stored.size() == 100);

@@ -1,21 +1,13 @@
-#include <cerrno>
 #include <doctest/doctest.h>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "AmplifierBench.h"
 #include "LineGuard.h"
 
-namespace {
+using namespace ovka;
+using namespace ovka::testing;
 
-using ovka::AmplifierPorts;
-using ovka::LineGuard;
-using ovka::testing::AmplifierBench;
-using Device = ovka::testing::FakeSerialPorts::Device;
-using Step = ovka::testing::FakeSerialPorts::Step;
-namespace amplifier = ovka::amplifier;
-namespace buffer = ovka::buffer;
+namespace {
 
 struct GuardBench : AmplifierBench {
   Device& device = greeting("/dev/a");
@@ -38,6 +30,12 @@ struct GuardBench : AmplifierBench {
   void unplug() {
     device.hungUp = true;
     device.errors[Step::Open] = ENOENT;
+  }
+  /// A tick after which the line is known to be away, which was said.
+  void goAway() {
+    unplug();
+    ticks(1);
+    static_cast<void>(print.take());
   }
   void plugIn() {
     device.hungUp = false;
@@ -96,9 +94,7 @@ TEST_CASE("a hang-up is noticed while paused, whose time is not missing") {
 
 TEST_CASE("an amplifier that is back but silent is tried again without a word") {
   GuardBench bench;
-  bench.unplug();
-  bench.ticks(1);
-  static_cast<void>(bench.print.take());
+  bench.goAway();
   bench.plugIn();
   bench.device.input.clear();
   bench.ticks(8);
@@ -113,9 +109,7 @@ TEST_CASE("other lines are watched while a greeting is awaited") {
   GuardBench bench;
   Device& second = bench.greeting("/dev/b");
   REQUIRE(bench.ports.openInput(2, "/dev/b").descriptor >= 0);
-  bench.unplug();
-  bench.ticks(1);
-  static_cast<void>(bench.print.take());
+  bench.goAway();
   bench.ports.sendBL();  // commands go to the line that is left, also after tries for the other
   CHECK(second.written == "SR 120\rSR 1000\rBL\r");
   bench.plugIn();
@@ -133,8 +127,7 @@ TEST_CASE("other lines are watched while a greeting is awaited") {
 
 TEST_CASE("a line that the user closes while it is away stays closed") {
   GuardBench bench;
-  bench.unplug();
-  bench.ticks(1);
+  bench.goAway();
   bench.ports.closeInput(1);
   static_cast<void>(bench.print.take());
   bench.plugIn();

@@ -2,10 +2,7 @@
 #include <doctest/doctest.h>
 #include <limits>
 #include <random>
-#include <string>
-#include <string_view>
 
-#include "AmplifierVariables.h"
 #include "DecoderBench.h"
 #include "SampleLineDecode.h"
 

@@ -1,9 +1,7 @@
 #include <doctest/doctest.h>
-#include <string>
 #include <thread>
 
 #include "DecoderBench.h"
-#include "StreamDecoder.h"
 
 using namespace ovka;
 using testing::Bytes;

@@ -1,54 +1,13 @@
-#include <doctest/doctest.h>
-#include <map>
-#include <string>
-#include <vector>
 
 #include "CaptureSettings.h"
-#include "CapturedPrint.h"
-#include "DeskMachine.h"
+#include "DeskFixture.h"
 #include "DisplayGroups.h"
 #include "DisplayRows.h"
-#include "DocumentDesk.h"
-#include "Engine.h"
-#include "HeapAddressSpace.h"
-#include "LinuxFileLocks.h"
-#include "LinuxFiles.h"
-#include "LinuxSerialPorts.h"
-#include "ManualTime.h"
-#include "TemporaryFolder.h"
 
 using namespace ovka;
+using testing::Desk;
 
 namespace {
-
-struct Desk {
-  testing::CapturedPrint quiet;
-  testing::TemporaryFolder folder;
-  testing::OneFolder folders{folder.path()};
-  LinuxFiles files;
-  LinuxFileLocks locks;
-  LinuxHostFacts host;
-  testing::FakeDialogs dialogs;
-  DocumentMachine documents{files, locks, folders, host, dialogs, false, false, {}};
-  ManualTime time{1'000'000'000'000'000'000};
-  HeapAddressSpace space;
-  LinuxSerialPorts serial;
-  Engine engine{Machine{time, time, time, space, serial, nullptr, &documents}};
-  DocumentDesk& desk = *engine.documents();
-
-  Desk() { REQUIRE(engine.start().empty()); }
-  ~Desk() { engine.stop(); }
-  void open(const std::string& path) {
-    DocumentError error;
-    const bool done = desk.open(path, &error);
-    REQUIRE_MESSAGE(done, error.detail);
-  }
-  void save(const std::string& path) {
-    DocumentError error;
-    const bool done = desk.save(path, &error);
-    REQUIRE_MESSAGE(done, error.detail);
-  }
-};
 
 using Texts = std::map<std::string, std::vector<std::string>>;
 
@@ -84,7 +43,7 @@ TEST_CASE("documents and presets keep every display setting and bring it back") 
   const Texts changed = displayTexts();
   const std::string path = now.folder.at("a.ovkanote");
   now.save(path);
-  REQUIRE(now.engine.actions().perform("savePreference:"));
+  now.perform("savePreference:");
 
   display::resetVariables();
   CHECK(displayTexts() == first);
@@ -100,7 +59,7 @@ TEST_CASE("documents and presets keep every display setting and bring it back") 
 
   // A preset has no arrangement of windows of its own.
   display::resetVariables();
-  REQUIRE(now.engine.actions().perform("loadPreference:"));
+  now.perform("loadPreference:");
   Texts brought = displayTexts();
   for (const char* key :
        {"OVKA4Display", "OVKA4DisplayColor", "OVKA4DisplayWaterfall", "OVKA4DisplayBS"}) {
@@ -109,7 +68,7 @@ TEST_CASE("documents and presets keep every display setting and bring it back") 
   }
   // With the display's open switch off nothing of it is taken.
   display::resetVariables();
-  REQUIRE(now.engine.actions().perform("selectsetDisplay:", 0));
+  now.perform("selectsetDisplay:", 0);
   now.open(path);
   CHECK(displayTexts()["OVKA4Display"] == first.at("OVKA4Display"));
 }
@@ -117,29 +76,21 @@ TEST_CASE("documents and presets keep every display setting and bring it back") 
 TEST_CASE("a document of a program without views changes none of them") {
   Desk now;
   const std::string path = now.folder.at("a.ovkanote");
-  {
-    // Its information list and groups are those of a program that knows no display.
-    InformationList plain(now.engine.store(), now.host, now.time, now.desk.switches());
-    std::string list;
-    for (std::size_t i = 0; i < kInformationEntries; ++i)
-      list += (i == 0 ? "\"" : ", \"") + plain.getOVKA4Data(i) + "\"";
-    DocumentError error;
-    now.save(path);
-    std::string text = testing::contentsOf(path);
-    for (const auto& group : display::kDisplayGroups) {
-      // `KEY = (...);`
-      const std::size_t at = text.find(std::string(group.key) + " =");
-      REQUIRE(at != std::string::npos);
-      text.replace(at, text.find(';', at) - at, std::string(group.key) + " = (1)");
-    }
-    const std::size_t at = text.find("OVKA4data =");
+  // Its information list and groups are those of a program that knows no display.
+  InformationList plain(now.engine.store(), now.host, now.time, now.desk.switches());
+  std::string list;
+  for (std::size_t i = 0; i < kInformationEntries; ++i)
+    list += (i == 0 ? "\"" : ", \"") + plain.getOVKA4Data(i) + "\"";
+  now.save(path);
+  std::string text = testing::contentsOf(path);
+  const auto put = [&](const std::string& key, const std::string& array) {
+    const std::size_t at = text.find(key + " =");
     REQUIRE(at != std::string::npos);
-    text.replace(at, text.find(';', at) - at, "OVKA4data = (" + list + ")");
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    REQUIRE(file != nullptr);
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::fclose(file);
-  }
+    text.replace(at, text.find(';', at) - at, key + " = (" + array + ")");
+  };
+  for (const auto& group : display::kDisplayGroups) put(std::string(group.key), "1");
+  put("OVKA4data", list);
+  std::ofstream(path) << text;
   CHECK(changeEverything() == "");
   const Texts changed = displayTexts();
   now.open(path);

@@ -1,51 +1,14 @@
-#include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdlib>
-#include <doctest/doctest.h>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "BufferVariables.h"
-#include "CapturedPrint.h"
-#include "DeskMachine.h"
-#include "DocumentDesk.h"
-#include "Engine.h"
-#include "HeapAddressSpace.h"
-#include "LinuxFileLocks.h"
-#include "LinuxFiles.h"
-#include "LinuxSerialPorts.h"
-#include "ManualTime.h"
-#include "TemporaryFolder.h"
+#include "DeskFixture.h"
 
 using namespace ovka;
 using namespace std::chrono_literals;
 
 namespace {
 
-/// An engine on the manual clock that keeps documents in a folder of its own.
-struct Desk {
-  testing::CapturedPrint quiet;
-  testing::TemporaryFolder folder;
-  testing::OneFolder folders{folder.path()};
-  LinuxFiles files;
-  LinuxFileLocks locks;
-  LinuxHostFacts host;
-  testing::FakeDialogs dialogs;
-  DocumentMachine documents{files, locks, folders, host, dialogs, true, true, {}};
-  ManualTime time{1'000'000'000'000'000'000};
-  HeapAddressSpace space;
-  LinuxSerialPorts serial;
-  Engine engine{Machine{time, time, time, space, serial, nullptr, &documents}};
-  DocumentDesk& desk = *engine.documents();
-
-  Desk() {
-    REQUIRE(engine.assign("maxploop=20000").empty());
-    REQUIRE(engine.start().empty());
-  }
-  ~Desk() { engine.stop(); }
+struct Desk : testing::Desk {
+  Desk() : testing::Desk(true) {}
 
   /// As acquisition does: frames at the current point while a recording runs.
   void record(int points) {
@@ -72,26 +35,16 @@ struct Desk {
     }
     return count;
   }
-  void open(const std::string& path) {
-    DocumentError error;
-    const bool done = desk.open(path, &error);
-    REQUIRE_MESSAGE(done, error.detail);
-  }
-  void save(const std::string& path) {
-    DocumentError error;
-    const bool done = desk.save(path, &error);
-    REQUIRE_MESSAGE(done, error.detail);
-  }
 };
 
 }  // namespace
 
 TEST_CASE("a document brings samples, settings and annotations back and stands at its end") {
   Desk now;
-  REQUIRE(now.engine.assign("SelectDevice=6").empty());
-  REQUIRE(now.engine.assign("DeviceConfig=3").empty());
-  REQUIRE(now.engine.assign("SampleSpeed=240").empty());
-  REQUIRE(now.engine.assign("setACNumber=3").empty());
+  now.set("SelectDevice=6");
+  now.set("DeviceConfig=3");
+  now.set("SampleSpeed=240");
+  now.set("setACNumber=3");
   now.desk.panel().SevDevConfig4();
   now.record(500);
   now.engine.annotations().addAt(120, "eyes open");
@@ -102,8 +55,7 @@ TEST_CASE("a document brings samples, settings and annotations back and stands a
   now.engine.store().recCleare();
   now.engine.annotations().removeAll();
   buffer::ploop = 0;
-  for (const char* other : {"SelectDevice=0", "SampleSpeed=120", "setACNumber=0"})
-    REQUIRE(now.engine.assign(other).empty());
+  for (const char* other : {"SelectDevice=0", "SampleSpeed=120", "setACNumber=0"}) now.set(other);
 
   now.open(path);
   CHECK(buffer::ploop == 500);
@@ -123,7 +75,7 @@ TEST_CASE("a document brings samples, settings and annotations back and stands a
   CHECK(buffer::ploop == 500);  // nothing moves until it is played
 
   // With the recording mode taken over, too, saving gives the same file.
-  REQUIRE(now.engine.actions().perform("selectsetRecordingmode:", 1));
+  now.perform("selectsetRecordingmode:", 1);
   now.open(path);
   now.save(now.folder.at("b.ovkanote"));
   const bool same = testing::contentsOf(now.folder.at("b.ovkanote")) == first;
@@ -132,22 +84,22 @@ TEST_CASE("a document brings samples, settings and annotations back and stands a
 
 TEST_CASE("settings alone of another document leave the recording whole") {
   Desk now;
-  REQUIRE(now.engine.assign("SampleSpeed=480").empty());
-  REQUIRE(now.engine.assign("maxploop=4800").empty());
-  REQUIRE(now.engine.assign("fftp=512").empty());
+  now.set("SampleSpeed=480");
+  now.set("maxploop=4800");
+  now.set("fftp=512");
   now.record(4000);
   const std::string same = now.folder.at("same.ovkanote");
   now.save(same);
   // Ten seconds at this speed have no room for the 4000 points that are there.
-  REQUIRE(now.engine.assign("SampleSpeed=120").empty());
-  REQUIRE(now.engine.assign("fftp=128").empty());
+  now.set("SampleSpeed=120");
+  now.set("fftp=128");
   buffer::ploop = 100;
   const std::string slower = now.folder.at("slower.ovkanote");
   now.save(slower);
   now.open(same);
   REQUIRE(buffer::ploop == 4000);
 
-  REQUIRE(now.engine.actions().perform("setOpenPreferencesOnlyAction:", 0));
+  now.perform("setOpenPreferencesOnlyAction:", 0);
   now.open(slower);
   CHECK(buffer::ploop == 4000);
   CHECK(buffer::maxploop >= 4000);
@@ -161,7 +113,7 @@ TEST_CASE("a document plays at its own speed and stops at its end") {
   Desk now;
   now.record(600);
   now.save(now.folder.at("a.ovkanote"));
-  REQUIRE(now.engine.actions().perform("setOpenPortRecordingAction:"));
+  now.perform("setOpenPortRecordingAction:");
   now.open(now.folder.at("a.ovkanote"));
   now.time.advance(2s);
   CHECK(buffer::ploop >= 235);
@@ -173,7 +125,7 @@ TEST_CASE("a document plays at its own speed and stops at its end") {
 
 TEST_CASE("a journal goes with the document that holds everything, not before") {
   Desk now;
-  REQUIRE(now.engine.assign("DeviceConfig=3").empty());
+  now.set("DeviceConfig=3");
   now.desk.panel().SevDevConfig1();
   now.record(300);
   CHECK(now.journals() == 1);
@@ -221,48 +173,45 @@ TEST_CASE("an unsaved recording is found after the program and saved then") {
 
 TEST_CASE("what the document actions do") {
   Desk now;
-  const auto perform = [&](const char* selector) {
-    REQUIRE_MESSAGE(now.engine.actions().perform(selector), selector);
-  };
   now.record(100);
-  perform("saveDocumentwithDate:");
+  now.perform("saveDocumentwithDate:");
   const std::string path = now.desk.frontPath();
   CHECK(path.starts_with(now.folder.path() + "/OVKADocuments/OVKA"));
   const std::string document = testing::contentsOf(path);
   CHECK(document.size() > 1000);
 
-  perform("setSaveAsReference:");
-  perform("savePreSetPreference:");
+  now.perform("setSaveAsReference:");
+  now.perform("savePreSetPreference:");
   CHECK(testing::contentsOf(path) == document);  // reference data lies beside it
   CHECK(testing::contentsOf(path + "-reference").size() < 10);
 
-  now.dialogs.yes = false;
-  perform("setBufferZeroNewBrainNote:");
+  now.dialogs.answer = false;
+  now.perform("setBufferZeroNewBrainNote:");
   now.desk.saveFrontDocument();
   CHECK(buffer::ploop == 100);
-  now.dialogs.yes = true;
-  perform("setBufferZeroNewBrainNote:");
+  now.dialogs.answer = true;
+  now.perform("setBufferZeroNewBrainNote:");
   now.desk.saveFrontDocument();
   CHECK(buffer::ploop == 0);
   CHECK(now.desk.frontDocumentName() == "Untitled");
 
   now.record(50);
-  perform("setselectSaveAction:");
+  now.perform("setselectSaveAction:");
   buffer::ploop = 0;
-  perform("setselectOpenAction:");
+  now.perform("setselectOpenAction:");
   CHECK(buffer::ploop == 50);
   CHECK(buffer::setRecModeX == kPlayback);
-  perform("SevDevConfig2:");
+  now.perform("SevDevConfig2:");
   CHECK_FALSE(now.desk.switches().save.channel(3));
   CHECK(now.dialogs.alerts.empty());
-  perform("setPortONandLoadPrefAction:");  // no such preset, no port chosen
+  now.perform("setPortONandLoadPrefAction:");  // no such preset, no port chosen
   CHECK(now.dialogs.alerts.size() == 2);
 }
 
 TEST_CASE("backups come by the clock, a full recording saves itself") {
   Desk now;
-  REQUIRE(now.engine.assign("timeMX=1").empty());
-  REQUIRE(now.engine.assign("maxploop=200").empty());
+  now.set("timeMX=1");
+  now.set("maxploop=200");
   buffer::AutoSaveX = 1;
   now.record(150);
   now.time.advance(130s);
@@ -274,8 +223,8 @@ TEST_CASE("backups come by the clock, a full recording saves itself") {
 
 TEST_CASE("a recording that looped is put into the order of time, its annotations too") {
   Desk now;
-  REQUIRE(now.engine.assign("maxploop=1000").empty());
-  REQUIRE(now.engine.assign("setLoopModeX=1").empty());
+  now.set("maxploop=1000");
+  now.set("setLoopModeX=1");
   buffer::ploopStart = 100;
   now.record(1000);
   now.record(200);

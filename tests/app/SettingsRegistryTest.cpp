@@ -1,6 +1,4 @@
 #include <doctest/doctest.h>
-#include <string>
-#include <vector>
 
 #include "AmplifierVariables.h"
 #include "BufferVariables.h"

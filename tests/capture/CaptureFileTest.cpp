@@ -1,15 +1,10 @@
-#include <algorithm>
-#include <cerrno>
-#include <cstdint>
 #include <doctest/doctest.h>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "CaptureReader.h"
 #include "CaptureWriter.h"
 #include "Crc32.h"
 #include "MemoryBytes.h"
+#include "TemporaryFolder.h"
 
 using namespace ovka;
 
@@ -20,29 +15,19 @@ using Bytes = std::vector<std::uint8_t>;
 Bytes smallCapture(std::vector<std::size_t>* ends = nullptr) {
   MemorySink sink;
   CaptureWriter writer(sink);
-  REQUIRE(writer.begin(1700000000123456789, {{"SelectDevice", "6"}, {"path", "a=b c"}}));
-  const auto mark = [&] {
+  const auto mark = [&](bool written) {
+    REQUIRE(written);
     if (ends != nullptr) ends->push_back(sink.bytes.size());
   };
-  mark();
+  mark(writer.begin(1700000000123456789, {{"SelectDevice", "6"}, {"path", "a=b c"}}));
   const std::string path = "/dev/pts/4";
-  REQUIRE(
-      writer.record({CaptureKind::Opened, 0, 0, 0, 5},
-                    std::span(reinterpret_cast<const std::uint8_t*>(path.data()), path.size())));
-  mark();
-  for (std::uint8_t i = 1; i <= 3; ++i) {
-    const Bytes block(i * 7U, i);
-    REQUIRE(writer.record({CaptureKind::Block, 0, i, 0, 1000 * i}, block));
-    mark();
-  }
-  REQUIRE(writer.record({CaptureKind::Lost, 0, 0, 0, 4000}, countsPayload(2, 99)));
-  mark();
-  REQUIRE(writer.record({CaptureKind::HungUp, 0, 7, 0, 5000}, hangUpPayload(EIO)));
-  mark();
-  REQUIRE(writer.record({CaptureKind::Closed, 0, 0, 0, 4000}, {}));  // time is raised
-  mark();
-  REQUIRE(writer.end(6000));
-  mark();
+  mark(writer.record({CaptureKind::Opened, 0, 0, 0, 5}, Bytes(path.begin(), path.end())));
+  for (std::uint8_t i = 1; i <= 3; ++i)
+    mark(writer.record({CaptureKind::Block, 0, i, 0, 1000 * i}, Bytes(i * 7U, i)));
+  mark(writer.record({CaptureKind::Lost, 0, 0, 0, 4000}, countsPayload(2, 99)));
+  mark(writer.record({CaptureKind::HungUp, 0, 7, 0, 5000}, hangUpPayload(EIO)));
+  mark(writer.record({CaptureKind::Closed, 0, 0, 0, 4000}, {}));  // time is raised
+  mark(writer.end(6000));
   return sink.bytes;
 }
 
@@ -171,11 +156,9 @@ TEST_CASE("a full disk ends the writing once and leaves a readable capture") {
 }
 
 TEST_CASE("headers and records that would not read back are refused") {
-  const CaptureSettings bad[] = {{{"", "1"}},
-                                 {{"a=b", "1"}},
-                                 {{"a", "1\n2"}},
-                                 {{"a\r", "1"}},
-                                 {{"a", std::string(65536, 'x')}}};
+  using Settings = CaptureSettings;
+  const Settings bad[] = {Settings{{"", "1"}}, Settings{{"a=b", "1"}}, Settings{{"a", "1\n2"}},
+                          Settings{{"a\r", "1"}}, Settings{{"a", std::string(65536, 'x')}}};
   for (const CaptureSettings& settings : bad) {
     MemorySink sink;
     CaptureWriter writer(sink);
@@ -194,8 +177,8 @@ TEST_CASE("headers and records that would not read back are refused") {
 }
 
 TEST_CASE("files: none is overwritten unasked, failures carry their errno") {
-  const auto path = std::filesystem::temp_directory_path() / "ovka-capture-file-test.ovcap";
-  std::filesystem::remove(path);
+  const testing::TemporaryFolder folder;
+  const std::string path = folder.at("a.ovcap");
   {
     FileSink sink;
     REQUIRE(sink.open(path) == 0);
@@ -216,9 +199,9 @@ TEST_CASE("files: none is overwritten unasked, failures carry their errno") {
   std::filesystem::remove(path);
   CHECK(source.open(path) == ENOENT);
   if (source.open("/") == 0) {
-    CaptureReader folder(source);
-    CHECK_FALSE(folder.begin());
-    CHECK(folder.error().find("cannot be read: ") == 0);
+    CaptureReader root(source);
+    CHECK_FALSE(root.begin());
+    CHECK(root.error().find("cannot be read: ") == 0);
   }
   FileSink full;
   if (full.open("/dev/full", true) == 0) {

@@ -1,10 +1,7 @@
 #include <array>
 #include <atomic>
-#include <cstdint>
 #include <doctest/doctest.h>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "CaptureReader.h"
 #include "CapturingSerialPorts.h"

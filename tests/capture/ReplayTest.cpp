@@ -1,17 +1,10 @@
-#include <cerrno>
-#include <cstdint>
 #include <doctest/doctest.h>
 #include <functional>
-#include <map>
-#include <string>
-#include <utility>
-#include <vector>
 
+#include "CapturedPrint.h"
 #include "CapturingSerialPorts.h"
 #include "FakeLines.h"
-#include "ManualTime.h"
 #include "MemoryBytes.h"
-#include "Print.h"
 #include "ReplaySerialPorts.h"
 
 using namespace ovka;
@@ -84,6 +77,20 @@ class Reader {
   bool wanted_ = false;
 };
 
+/// A capture in memory that has been begun.
+struct Capture {
+  MemorySink sink;
+  CaptureWriter writer{sink};
+  explicit Capture(std::int64_t start = 0) { REQUIRE(writer.begin(start, {})); }
+};
+
+/// The same, read again.
+struct Reading {
+  MemorySource source;
+  CaptureReader reader{source};
+  explicit Reading(const Bytes& capture) : source(capture) { REQUIRE(reader.begin()); }
+};
+
 struct Recording {
   Bytes capture;
   Log log;
@@ -95,13 +102,11 @@ Recording record(const std::vector<FakeLines::Arrival>& script, int seconds,
   ManualTime time(1'700'000'000'000'000'000);
   FakeLines lines(time, script);
   lines.writeTakes = writeTakes;
-  MemorySink sink;
-  CaptureWriter writer(sink);
-  REQUIRE(writer.begin(time.wallNanoseconds(), {}));
+  Capture capture(time.wallNanoseconds());
   time.advance(2345ms);  // the line is opened some time after the start
   Recording result;
   {
-    CapturingSerialPorts capturing(lines, time, writer, time);
+    CapturingSerialPorts capturing(lines, time, capture.writer, time);
     Reader reader(capturing, time, "/dev/a");
     time.advance(777ms);
     reader.open();
@@ -110,17 +115,15 @@ Recording record(const std::vector<FakeLines::Arrival>& script, int seconds,
     result.log = reader.log;
     time.stopAll();
   }
-  result.capture = sink.bytes;
+  result.capture = capture.sink.bytes;
   return result;
 }
 
 Log replay(const Bytes& capture, bool withClock, int seconds) {
   ManualTime time;
-  MemorySource source(capture);
-  CaptureReader reader(source);
-  REQUIRE(reader.begin());
+  Reading reading(capture);
   ReplaySerialPorts lines(
-      reader, time,
+      reading.reader, time,
       withClock ? ReplaySerialPorts::AdvanceTo([&time](std::int64_t to) { time.advanceTo(to); })
                 : ReplaySerialPorts::AdvanceTo{});
   CHECK(lines.firstPath() == "/dev/a");
@@ -128,7 +131,7 @@ Log replay(const Bytes& capture, bool withClock, int seconds) {
   host.open();
   for (int tenth = 0; tenth < seconds * 10 && !lines.finished(); ++tenth) time.advance(100ms);
   CHECK(lines.finished());
-  CHECK(reader.error().empty());
+  CHECK(reading.reader.error().empty());
   CHECK(lines.skippedBlocks() == 0);
   time.stopAll();
   return host.log;
@@ -188,18 +191,15 @@ TEST_CASE("a replay hangs up where the line did and comes back when it came back
 }
 
 TEST_CASE("blocks come at their recorded times, and small reads get them in pieces") {
-  MemorySink sink;
-  CaptureWriter writer(sink);
-  REQUIRE(writer.begin(0, {}));
+  Capture capture;
+  CaptureWriter& writer = capture.writer;
   const Bytes path{'p'};
   REQUIRE(writer.record({CaptureKind::Opened, 0, 0, 0, 1'000'000'000}, path));
   REQUIRE(writer.record({CaptureKind::Block, 0, 3, 0, 1'050'000'000}, Bytes{1, 2, 3, 4, 5}));
   REQUIRE(writer.end(2'000'000'000));
   ManualTime time;
-  MemorySource source(sink.bytes);
-  CaptureReader reader(source);
-  REQUIRE(reader.begin());
-  ReplaySerialPorts lines(reader, time);
+  Reading reading(capture.sink.bytes);
+  ReplaySerialPorts lines(reading.reader, time);
   CHECK(lines.devices(nullptr).size() == 1);
   CHECK(lines.open("q").error == ENOENT);
   const int line = static_cast<int>(lines.open("p").value);
@@ -225,9 +225,8 @@ TEST_CASE("blocks come at their recorded times, and small reads get them in piec
 }
 
 TEST_CASE("four lines keep their distance in time") {
-  MemorySink sink;
-  CaptureWriter writer(sink);
-  REQUIRE(writer.begin(0, {}));
+  Capture capture;
+  CaptureWriter& writer = capture.writer;
   std::int64_t at = 0;
   for (std::uint8_t line = 0; line < 4; ++line) {
     REQUIRE(writer.record({CaptureKind::Opened, line, 0, 0, at}, Bytes{'p', line}));
@@ -240,10 +239,8 @@ TEST_CASE("four lines keep their distance in time") {
   }
   REQUIRE(writer.end(at));
   ManualTime time;
-  MemorySource source(sink.bytes);
-  CaptureReader reader(source);
-  REQUIRE(reader.begin());
-  ReplaySerialPorts lines(reader, time, [&time](std::int64_t to) { time.advanceTo(to); });
+  Reading reading(capture.sink.bytes);
+  ReplaySerialPorts lines(reading.reader, time, [&time](std::int64_t to) { time.advanceTo(to); });
   std::vector<int> descriptors;
   for (char line = 0; line < 4; ++line) {
     descriptors.push_back(static_cast<int>(lines.open(std::string{'p', line}).value));
@@ -274,10 +271,8 @@ TEST_CASE("a recorder without room drops whole records, says how much, and goes 
   std::vector<FakeLines::Arrival> script;
   for (int i = 0; i < 40; ++i) script.push_back({i * 1'000'000LL, std::string(100, 'a')});
   FakeLines lines(time, script);
-  MemorySink sink;
-  CaptureWriter writer(sink);
-  REQUIRE(writer.begin(0, {}));
-  CapturingSerialPorts capturing(lines, time, writer, time, 1000);
+  Capture capture;
+  CapturingSerialPorts capturing(lines, time, capture.writer, time, 1000);
   const int line = static_cast<int>(capturing.open("/dev/a").value);
   Bytes bytes(100);
   // The writing thread comes every 20 ms of the clock; here 20 reads come before it runs.
@@ -286,9 +281,8 @@ TEST_CASE("a recorder without room drops whole records, says how much, and goes 
     REQUIRE(capturing.read(line, bytes).value == 100);
   }
   CHECK_FALSE(capturing.finish());
-  MemorySource source(sink.bytes);
-  CaptureReader reader(source);
-  REQUIRE(reader.begin());
+  Reading reading(capture.sink.bytes);
+  CaptureReader& reader = reading.reader;
   std::uint64_t lost = 0;
   CaptureRecord item;
   while (reader.next(item)) lost += item.lostBlocks;
@@ -303,14 +297,11 @@ TEST_CASE("a recorder without room drops whole records, says how much, and goes 
 TEST_CASE("a disk that fills up is told once and the reading goes on") {
   ManualTime time;
   FakeLines lines(time, steadyStream(0, 100));
-  MemorySink sink;
-  sink.room = 600;
-  CaptureWriter writer(sink);
-  REQUIRE(writer.begin(0, {}));
-  std::string printed;
-  const PrintSink before = setPrintSink([&printed](std::string_view text) { printed += text; });
+  Capture capture;
+  capture.sink.room = 600;
+  testing::CapturedPrint printed;
   {
-    CapturingSerialPorts capturing(lines, time, writer, time);
+    CapturingSerialPorts capturing(lines, time, capture.writer, time);
     const int line = static_cast<int>(capturing.open("/dev/a").value);
     Bytes bytes(100);
     for (int i = 0; i < 100; ++i) {
@@ -322,7 +313,6 @@ TEST_CASE("a disk that fills up is told once and the reading goes on") {
     CHECK_FALSE(capturing.finish());
     CHECK(capturing.failure() == ENOSPC);
   }
-  setPrintSink(before);
-  CHECK(printed == "Error writing capture memory - No space left on device(28).\n");
+  CHECK(printed.take() == "Error writing capture memory - No space left on device(28).\n");
   time.stopAll();
 }

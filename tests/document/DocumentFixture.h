@@ -1,16 +1,10 @@
 #pragma once
 
-#include <cerrno>
-#include <cstring>
-#include <map>
-#include <memory>
 #include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "BufferVariables.h"
 #include "CapturedPrint.h"
+#include "DeskMachine.h"
 #include "DocumentCommands.h"
 #include "DocumentVariables.h"
 #include "FakeDisk.h"
@@ -21,33 +15,9 @@
 
 namespace ovka::testing {
 
-class FakeDialogs final : public Dialogs {
- public:
-  std::vector<std::string> alerts;
-  std::vector<std::string> questions;
-  bool answer = true;
-  int beeps = 0;
-
-  void alert(std::string_view message, std::string_view detail) override {
-    alerts.push_back(std::string(message) + "|" + std::string(detail));
-  }
-  bool confirm(std::string_view message, std::string_view /*detail*/) override {
-    questions.emplace_back(message);
-    return answer;
-  }
-  void beep() override { ++beeps; }
-};
-
 class FakeFolders final : public Folders {
  public:
   std::string resolve(std::string_view path) const override { return std::string(path); }
-};
-
-class FakeHost final : public HostFacts {
- public:
-  LocalTime time{2024, 3, 7, 15, 4, 9};
-  std::string machineName() const override { return "x86_64"; }
-  LocalTime localTime(std::int64_t /*wallNanoseconds*/) const override { return time; }
 };
 
 class FakeDocumentShell final : public DocumentShell {
@@ -97,9 +67,8 @@ class Session {
     return values;
   }
   void allChannels() {
-    for (const DocumentSwitch which :
-         {DocumentSwitch::BrainDataCH1, DocumentSwitch::BrainDataCH2, DocumentSwitch::BrainDataCH3,
-          DocumentSwitch::BrainDataCH4}) {
+    using enum DocumentSwitch;
+    for (const DocumentSwitch which : {BrainDataCH1, BrainDataCH2, BrainDataCH3, BrainDataCH4}) {
       switches.open.set(which, true);
       switches.save.set(which, true);
     }

@@ -16,6 +16,15 @@ PropertyList listOf(const std::string& text) {
   return list;
 }
 
+std::string textOf(const PropertyList& list) {
+  std::string text;
+  MemoryWriter to(text);
+  PropertyListWriter writer(to);
+  writer.value(list);
+  REQUIRE(writer.finish() == 0);
+  return text;
+}
+
 std::string info(const PropertyList& list, std::size_t index) {
   return *list.find("OVKA4data")->array()->at(index).text();
 }
@@ -26,12 +35,7 @@ std::string changed(const std::string& document, std::size_t index, const std::s
   for (PropertyList::Entry& entry : *list.dictionary()) {
     if (entry.key == "OVKA4data") entry.value.array()->at(index) = text;
   }
-  std::string result;
-  MemoryWriter to(result);
-  PropertyListWriter writer(to);
-  writer.value(list);
-  CHECK(writer.finish() == 0);
-  return result;
+  return textOf(list);
 }
 
 /// Strings of samples instead of blocks, as older programs wrote them.
@@ -102,11 +106,7 @@ TEST_CASE("five channels of random samples come back bit for bit, in both byte o
       PropertyList list = listOf(changed(document, information::kByteOrder,
                                          InformationList::byteOrder() == 1234 ? "4321" : "1234"));
       swapSamples(&list);
-      document.clear();
-      MemoryWriter to(document);
-      PropertyListWriter writer(to);
-      writer.value(list);
-      REQUIRE(writer.finish() == 0);
+      document = textOf(list);
     }
     Session into;
     into.allChannels();
@@ -185,17 +185,17 @@ TEST_CASE("both save entries and their types") {
 
   std::string data;
   DocumentError error;
-  REQUIRE(session.document.dataRepresentationOfType(OVKA4ReferenceDataType, &data, &error));
-  CHECK(data == "{}\n");
+  const auto represented = [&](std::string_view type) {
+    data.clear();
+    REQUIRE(session.document.dataRepresentationOfType(type, &data, &error));
+    return data;
+  };
+  CHECK(represented(OVKA4ReferenceDataType) == "{}\n");
   CHECK(session.opened(data, OVKA4ReferenceDataType) == "");
   session.commands.setSaveAsBrainNote();
-  data.clear();
-  REQUIRE(session.document.dataRepresentationOfType(OVKA4ReferenceDataType, &data, &error));
-  CHECK(listOf(data).find("OVKA4dataCH0") != nullptr);
+  CHECK(listOf(represented(OVKA4ReferenceDataType)).find("OVKA4dataCH0") != nullptr);
   session.commands.setSaveAsReference();
-  data.clear();
-  REQUIRE(session.document.dataRepresentationOfType(OVKA4DrawDocumentType, &data, &error));
-  CHECK(data == "{}\n");
+  CHECK(represented(OVKA4DrawDocumentType) == "{}\n");
 
   CHECK(session.saved(kPdfDocumentType) == drawingAsPdf());
   CHECK(session.saved(kTiffDocumentType) == drawingAsTiff());

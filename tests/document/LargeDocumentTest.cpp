@@ -1,8 +1,4 @@
-#include <algorithm>
-#include <cstdint>
 #include <doctest/doctest.h>
-#include <string>
-#include <vector>
 
 #include "DocumentFixture.h"
 #include "HexCoding.h"
@@ -28,9 +24,7 @@ std::string largeDocument(Session& at) {
       at.store.putIntToBuffer(channel, i, sampleAt(channel, i));
   }
   buffer::ploop = kPoints;
-  std::string text;
-  DocumentError error;
-  REQUIRE(at.document.dataOfType(OVKA4DrawDocumentType, &text, &error));
+  const std::string text = at.saved();
   REQUIRE(text.size() > (4U << 20U));
   return text;
 }
@@ -77,8 +71,7 @@ TEST_CASE("a large document is read right, however its digits are laid out") {
     for (std::int32_t channel = 0; channel < buffer::kChannels; ++channel) {
       for (std::int64_t i = 0; i < kPoints; ++i) at.store.putIntToBuffer(channel, i, -1);
     }
-    DocumentError error;
-    REQUIRE_MESSAGE(at.document.readFromData(layout, OVKA4DrawDocumentType, &error), error.detail);
+    REQUIRE(at.opened(layout) == "");
     CHECK(buffer::ploop == kPoints);
     CHECK(wrongSamples(at) == 0);
   }
@@ -99,12 +92,9 @@ TEST_CASE("a fault of a large document is found at its place, and nothing is cha
     if (hexDigit(text[byte]) < 0) continue;
     std::string broken = text;
     broken[byte] = 'x';
-    DocumentError error;
-    CHECK_FALSE(at.document.readFromData(broken, OVKA4DrawDocumentType, &error));
-    CHECK_MESSAGE(error.detail.starts_with(placeOf(byte)), error.detail);
+    CHECK(at.opened(broken).starts_with(placeOf(byte)));
     broken.resize(byte);
-    CHECK_FALSE(at.document.readFromData(broken, OVKA4DrawDocumentType, &error));
-    CHECK_MESSAGE(error.detail.starts_with(placeOf(byte)), error.detail);
+    CHECK(at.opened(broken).starts_with(placeOf(byte)));
   }
   CHECK(wrongSamples(at) == 0);
 }
@@ -114,8 +104,7 @@ TEST_CASE("a channel that is shorter than channel 0 ends in zeros, not in an old
   std::string text = largeDocument(at);
   const std::size_t begin = text.find('<', text.find("OVKA4dataCH2")) + 1;
   text.erase(begin + 8000, text.find('>', begin) - begin - 8000);
-  DocumentError error;
-  REQUIRE_MESSAGE(at.document.readFromData(text, OVKA4DrawDocumentType, &error), error.detail);
+  REQUIRE(at.opened(text) == "");
   CHECK(at.store.storedValue(2, 999) == sampleAt(2, 999));
   CHECK(at.store.storedValue(2, 1000) == 0);
   CHECK(at.store.storedValue(2, kPoints - 1) == 0);

@@ -1,6 +1,5 @@
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <doctest/doctest.h>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +17,11 @@ using Bytes = PropertyList::Bytes;
 using Dictionary = PropertyList::Dictionary;
 
 namespace {
+
+struct Row {
+  std::string text;
+  const char* expected;
+};
 
 std::string textOf(const PropertyList& list) {
   std::string text;
@@ -85,10 +89,6 @@ std::string commandOutput(const std::string& command) {
 }  // namespace
 
 TEST_CASE("every form that the text allows is read") {
-  struct Row {
-    const char* text;
-    const char* expected;
-  };
   const Row rows[] = {
       {"{a=b;}", "{a=b;}"},
       {"{ a = b }", "{a=b;}"},
@@ -116,10 +116,6 @@ TEST_CASE("every form that the text allows is read") {
 }
 
 TEST_CASE("what is no property list gives an error with its place") {
-  struct Row {
-    std::string text;
-    const char* expected;
-  };
   const Row rows[] = {
       {"", "line 1, column 1: the file is empty"},
       {"{a=b", "line 1, column 5: \";\" is missing after a value; found the end of the file"},

@@ -38,56 +38,25 @@ void changeSomething(EngineRig& rig, std::mt19937& random) {
   const auto pick = [&](int n) {
     return static_cast<std::int32_t>(random() % static_cast<unsigned>(n));
   };
-  switch (pick(16)) {
-    case 0:
-      buffer::ploop = pick(5000);
-      return;
-    case 1:
-      buffer::ploop = pick(300);
-      return;  // near the start, where the block begins at 0
-    case 2:
-      rig.store.putIntToBuffer(1 + pick(4), pick(5000), pick(4000) - 2000);
-      return;
-    case 3:
-      rig.use(pick(3), "rtmnb"[pick(5)]);
-      return;
-    case 4:
-      rig.engine.fftinit(7 + pick(3), "nb"[pick(2)]);
-      return;  // tables of another length
-    case 5:
-      fft::stopWindFunction = pick(3) == 0;
-      return;
-    case 6:
-      fft::setGain1Number = pick(12);
-      return;
-    case 7:
-      fft::setGain3Number = pick(12);
-      return;
-    case 8:
-      fft::selectFFTcalculation(pick(4));
-      return;
-    case 9:
-      buffer::SelectDevice = static_cast<std::uint32_t>(pick(10));
-      return;
-    case 10:
-      buffer::ReversPolarityX = pick(2);
-      return;
-    case 11:
-      buffer::LeftRightReverse = pick(2);
-      return;
-    case 12:
-      buffer::ShowReverseWaveX = pick(3);  // 2: a flag that silences everything
-      return;
-    case 13:
-      buffer::SampleSpeed = pick(2) == 0 ? 120U : 257U;
-      return;
-    case 14:
-      rig.store.initMalloc(static_cast<std::uint64_t>(1000 + pick(6000)));
-      return;
-    default:
-      rig.engine.getDataToBufferX(pick(4), pick(5000));
-      return;
-  }
+  const std::function<void()> changes[] = {
+      [&] { buffer::ploop = pick(5000); },
+      [&] { buffer::ploop = pick(300); },  // near the start, where the block begins at 0
+      [&] { rig.store.putIntToBuffer(1 + pick(4), pick(5000), pick(4000) - 2000); },
+      [&] { rig.use(pick(3), "rtmnb"[pick(5)]); },
+      [&] { rig.engine.fftinit(7 + pick(3), "nb"[pick(2)]); },  // tables of another length
+      [&] { fft::stopWindFunction = pick(3) == 0; },
+      [&] { fft::setGain1Number = pick(12); },
+      [&] { fft::setGain3Number = pick(12); },
+      [&] { fft::selectFFTcalculation(pick(4)); },
+      [&] { buffer::SelectDevice = static_cast<std::uint32_t>(pick(10)); },
+      [&] { buffer::ReversPolarityX = pick(2); },
+      [&] { buffer::LeftRightReverse = pick(2); },
+      [&] { buffer::ShowReverseWaveX = pick(3); },  // 2: a flag that silences everything
+      [&] { buffer::SampleSpeed = pick(2) == 0 ? 120U : 257U; },
+      [&] { rig.store.initMalloc(static_cast<std::uint64_t>(1000 + pick(6000))); },
+      [&] { rig.engine.getDataToBufferX(pick(4), pick(5000)); },
+  };
+  changes[pick(16)]();
 }
 
 }  // namespace
@@ -196,20 +165,12 @@ TEST_CASE("queries from several threads meet writes and changes, and settle on f
   EngineRig rig;
   rig.fillNoise(7000);
   rig.use(0);
-  std::atomic<bool> stop{false};
   std::atomic<long> asked{0};
-  struct Threads : std::vector<std::thread> {
-    explicit Threads(std::atomic<bool>& flag) : stopped(flag) {}
-    ~Threads() {
-      stopped = true;
-      for (std::thread& thread : *this) thread.join();
-    }
-    std::atomic<bool>& stopped;
-  } threads(stop);
+  std::vector<std::jthread> threads;
   for (unsigned seed = 0; seed < 3; ++seed) {
-    threads.emplace_back([&, seed] {
+    threads.emplace_back([&, seed](const std::stop_token& stop) {
       std::mt19937 random(seed);
-      while (!stop) {
+      while (!stop.stop_requested()) {
         const Ask ask = randomAsk(random);
         rig.engine.peakFFTband(static_cast<std::int32_t>(random() % 10), ask.low, ask.high,
                                ask.mode);
@@ -217,8 +178,8 @@ TEST_CASE("queries from several threads meet writes and changes, and settle on f
       }
     });
   }
-  threads.emplace_back([&] {
-    while (!stop) rig.engine.timerUpdate();
+  threads.emplace_back([&](const std::stop_token& stop) {
+    while (!stop.stop_requested()) rig.engine.timerUpdate();
   });
   std::mt19937 random(33);
   for (int round = 0; round < 300; ++round) {

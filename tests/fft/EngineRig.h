@@ -1,17 +1,14 @@
 #pragma once
 
 #include <cmath>
-#include <cstdint>
 #include <random>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "AnalysisSettings.h"
 #include "BufferVariables.h"
+#include "CapturedPrint.h"
 #include "GuardedAddressSpace.h"
 #include "ManualTime.h"
-#include "Print.h"
 #include "QZFFT.h"
 #include "RecordingShell.h"
 #include "SampleStore.h"
@@ -73,18 +70,14 @@ struct EngineRig {
     return values;
   }
 
-  // Before everything else: the variables, and the ear for what is printed.
+  // Before everything else.
   struct Defaults {
     Defaults() {
       buffer::resetVariables();
       fft::resetVariables();
-      before = setPrintSink([this](std::string_view text) { printed += text; });
     }
-    ~Defaults() { setPrintSink(before); }
-    std::string printed;
-    PrintSink before;
   } defaults;
-  std::string& printed = defaults.printed;
+  CapturedPrint print;
   GuardedAddressSpace space;
   RecordingShell shell;
   SampleStore store{space, shell.recording, shell.annotations};

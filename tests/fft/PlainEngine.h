@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "AnalysisSettings.h"
 #include "BufferVariables.h"

@@ -2,21 +2,45 @@
 
 #include <chrono>
 #include <doctest/doctest.h>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <set>
 
 #include "BufferBench.h"
+#include "DeskMachine.h"
 #include "FakeDisk.h"
-#include "FakeLocks.h"
-#include "Folders.h"
-#include "HostFacts.h"
+#include "FileLocks.h"
 #include "JournalCatalogue.h"
 #include "JournalWriter.h"
 #include "ManualTime.h"
 
 namespace ovka::testing {
+
+/// Locks of one machine; `dead` processes hold none.
+class FakeLocks final : public FileLocks {
+ public:
+  std::string mark = "1 1 boot";
+  bool working = true;
+  std::set<std::string> held;
+  std::set<std::string> running{"1 1 boot"};
+
+  std::unique_ptr<Lock> lock(const std::string& path, int* error) override {
+    *error = !working ? ENOTSUP : held.contains(path) ? EWOULDBLOCK : 0;
+    if (*error != 0) return nullptr;
+    held.insert(path);
+    return std::make_unique<Held>(*this, path);
+  }
+  std::string processMark() const override { return mark; }
+  bool isRunning(const std::string& processMark) const override {
+    return running.contains(processMark);
+  }
+
+ private:
+  struct Held final : Lock {
+    Held(FakeLocks& locks, std::string path) : locks_(locks), path_(std::move(path)) {}
+    ~Held() override { locks_.held.erase(path_); }
+    FakeLocks& locks_;
+    std::string path_;
+  };
+};
 
 struct FixedFolder final : Folders {
   explicit FixedFolder(std::string at = "/disk") : path(std::move(at)) {}
@@ -24,10 +48,11 @@ struct FixedFolder final : Folders {
   std::string path;
 };
 
-struct FixedHost final : HostFacts {
-  std::string machineName() const override { return "machine"; }
-  LocalTime localTime(std::int64_t /*wall*/) const override { return {2024, 5, 6, 7, 8, 9}; }
-};
+inline std::vector<std::string> namesOn(const FakeDisk& disk) {
+  std::vector<std::string> names;
+  for (const auto& [path, bytes] : disk.contents) names.push_back(path);
+  return names;
+}
 
 /// A value that says which frame and channel it is; channel 0 carries the frame's number.
 inline std::int32_t sampleOf(std::int64_t frame, std::int32_t channel) {
@@ -51,11 +76,10 @@ inline std::int64_t wrongPoints(const SampleStore& store, std::int64_t first, st
   std::int64_t wrong = 0;
   for (std::int64_t point = first; point < end; ++point) {
     for (std::int32_t channel = 0; channel < buffer::kChannels; ++channel) {
-      if (store.storedValue(channel, point) == sampleOf(firstFrame + point - first, channel)) {
-        continue;
+      if (store.storedValue(channel, point) != sampleOf(firstFrame + point - first, channel)) {
+        ++wrong;
+        break;
       }
-      ++wrong;
-      break;
     }
   }
   return wrong;
@@ -93,7 +117,7 @@ struct JournalBenchOn : BufferBench {
   Disk disk;
   FakeLocks locks;
   FixedFolder folders;
-  FixedHost host;
+  FakeHost host;
   std::int64_t nextFrame = 1000;
   JournalWriter journal{{store, disk, locks, folders, host, time}};
 };

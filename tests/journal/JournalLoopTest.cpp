@@ -1,8 +1,5 @@
-#include <chrono>
 #include <doctest/doctest.h>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "JournalBench.h"
 #include "JournalRing.h"
@@ -14,12 +11,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::int64_t kCapacity = 40'000;
-
-std::vector<std::string> namesOn(const FakeDisk& disk) {
-  std::vector<std::string> names;
-  for (const auto& [path, bytes] : disk.contents) names.push_back(path);
-  return names;
-}
 
 std::size_t bytesOn(const FakeDisk& disk) {
   std::size_t bytes = 0;

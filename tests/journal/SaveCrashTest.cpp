@@ -1,15 +1,7 @@
-#include <algorithm>
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <doctest/doctest.h>
-#include <filesystem>
-#include <map>
 #include <random>
-#include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -26,7 +18,6 @@
 #include "LinuxRunLoop.h"
 #include "LinuxSerialPorts.h"
 #include "LinuxThreadLauncher.h"
-#include "ManualTime.h"
 #include "SharedTold.h"
 #include "TemporaryFolder.h"
 
@@ -56,21 +47,17 @@ struct Told {
   std::array<std::atomic<std::int64_t>, 100> lengths{};  ///< by generation of this process
 };
 
-struct SilentDialogs final : Dialogs {
-  void alert(std::string_view /*message*/, std::string_view /*detail*/) override {}
-  bool confirm(std::string_view /*message*/, std::string_view /*detail*/) override { return false; }
-  void beep() override {}
-};
-
 /// What documents need of this machine; OVKA_HOME says where.
 struct Keeping {
   explicit Keeping(bool records)
-      : documents{files, locks, folders, host, dialogs, records, records, {}} {}
+      : documents{files, locks, folders, host, dialogs, records, records, {}} {
+    dialogs.answer = false;
+  }
   LinuxFiles files;
   LinuxFileLocks locks;
   LinuxFolders folders;
   LinuxHostFacts host;
-  SilentDialogs dialogs;
+  FakeDialogs dialogs;
   DocumentMachine documents;
 };
 

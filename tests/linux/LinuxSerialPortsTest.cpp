@@ -1,9 +1,10 @@
 #include <cerrno>
 #include <chrono>
 #include <doctest/doctest.h>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <numeric>
-#include <string>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <vector>
@@ -12,15 +13,13 @@
 #include "LinuxSerialPorts.h"
 #include "TemporaryFolder.h"
 
+using namespace ovka;
+using namespace ovka::testing;
+namespace fs = std::filesystem;
+
 namespace {
 
-using ovka::LinuxSerialPorts;
-using ovka::SerialAttributes;
-using ovka::SerialWait;
-using ovka::testing::FarEnd;
-using ovka::testing::TemporaryFolder;
-
-constexpr std::uint32_t kPlain = ovka::SerialControl::kCS8 | ovka::SerialControl::kPARODD;
+constexpr std::uint32_t kPlain = SerialControl::kCS8 | SerialControl::kPARODD;
 
 /// The opening steps as the system makes them; every one succeeds on a pseudo-terminal.
 int openLine(LinuxSerialPorts& ports, const std::string& path, std::int32_t speed,
@@ -99,7 +98,7 @@ TEST_CASE("every byte value passes both ways unchanged, and the line is left as 
 }
 
 TEST_CASE("speeds and flow control as the driver gets them") {
-  namespace control = ovka::SerialControl;
+  namespace control = SerialControl;
   struct Case {
     std::int32_t speed;
     speed_t code;
@@ -169,7 +168,7 @@ TEST_CASE("a far end that never reads does not hold a write, a drain or a close"
   LinuxSerialPorts ports;
   const int line = openLine(ports, far.path(), 230400);
   const std::vector<std::uint8_t> much(400'000, 'x');
-  ovka::SerialResult written;
+  SerialResult written;
   const double seconds = secondsOf([&] { written = ports.write(line, much); });
   CHECK(written.error == ETIMEDOUT);
   CHECK(written.value > 0);
@@ -190,6 +189,61 @@ TEST_CASE("a far end that hangs up is noticed at once") {
   CHECK(ports.write(line, chunk).error == EIO);
   ports.close(line);
   CHECK(ports.write(line, chunk).error == EBADF);
+}
+
+void write(const fs::path& file, const std::string& text) {
+  fs::create_directories(file.parent_path());
+  std::ofstream(file) << text << "\n";
+}
+
+/// A terminal of the fake tree whose device link leads to `device`.
+void terminal(const fs::path& root, const std::string& name, const std::string& device) {
+  fs::create_directories(root / "tty" / name);
+  fs::create_directories(root / device);
+  fs::create_directory_symlink(root / device, root / "tty" / name / "device");
+}
+
+TEST_CASE("devices: real ones only, by stable names, named as a person knows them") {
+  const TemporaryFolder folder;
+  const fs::path root = folder.path();
+  terminal(root, "ttyUSB10", "usb/1-2/1-2:1.0/ttyUSB10");
+  terminal(root, "ttyUSB9", "usb/1-1/1-1:1.0/ttyUSB9");
+  terminal(root, "ttyACM0", "usb/1-3/1-3:1.0");
+  terminal(root, "ttyS0", "platform/serial8250/a");
+  terminal(root, "ttyS1", "platform/serial8250/b");
+  terminal(root, "rfcomm0", "bluetooth/hci0");
+  fs::create_directories(root / "tty" / "tty1");  // a console: no device
+  write(root / "tty/ttyS0/type", "4");
+  write(root / "tty/ttyS1/type", "0");  // an empty slot
+  write(root / "usb/1-1/product", "FT232R USB UART");
+  write(root / "usb/1-1/manufacturer", "FTDI");
+  write(root / "usb/1-2/product", "Acme Amplifier");
+  write(root / "usb/1-2/manufacturer", "Acme");
+  fs::create_directories(root / "by-id");
+  fs::create_symlink("../../ttyUSB9", root / "by-id/usb-FTDI-port0");
+  fs::create_symlink("../../ttyACM7", root / "by-id/usb-gone");
+
+  LinuxSerialPorts ports(root / "tty", root / "by-id", "/dev");
+  int error = -1;
+  std::vector<std::string> seen;
+  for (const auto& device : ports.devices(&error)) {
+    seen.push_back(device.path + " | " + device.name + " | " + device.device);
+  }
+  CHECK(error == 0);
+  CHECK(seen ==
+        std::vector<std::string>{"/dev/rfcomm0 | Bluetooth serial line (rfcomm0) | /dev/rfcomm0",
+                                 "/dev/ttyACM0 | serial port ttyACM0 | /dev/ttyACM0",
+                                 "/dev/ttyS0 | serial port ttyS0 | /dev/ttyS0",
+                                 (root / "by-id/usb-FTDI-port0").string() +
+                                     " | FTDI FT232R USB UART (ttyUSB9) | /dev/ttyUSB9",
+                                 "/dev/ttyUSB10 | Acme Amplifier (ttyUSB10) | /dev/ttyUSB10"});
+}
+
+TEST_CASE("a machine without the folders has no devices and no error") {
+  LinuxSerialPorts ports("/nowhere/tty", "/nowhere/by-id");
+  int error = -1;
+  CHECK(ports.devices(&error).empty());
+  CHECK(error == 0);
 }
 
 }  // namespace

@@ -1,74 +1,46 @@
-#include <atomic>
-#include <chrono>
 #include <doctest/doctest.h>
-#include <filesystem>
 #include <memory>
-#include <string>
 #include <thread>
 
-#include "AmplifierPorts.h"
-#include "AmplifierVariables.h"
-#include "BufferVariables.h"
-#include "CapturedPrint.h"
+#include "AmplifierBench.h"
 #include "FarEnd.h"
 #include "LineGuard.h"
-#include "LinuxAddressSpace.h"
 #include "LinuxClock.h"
 #include "LinuxSerialPorts.h"
-#include "RecordingShell.h"
 #include "TemporaryFolder.h"
 
-namespace {
-
-namespace amplifier = ovka::amplifier;
-namespace buffer = ovka::buffer;
-namespace fs = std::filesystem;
+using namespace ovka;
+using namespace ovka::testing;
 using namespace std::chrono_literals;
-using ovka::testing::FarEnd;
+namespace fs = std::filesystem;
+
+namespace {
 
 const std::string kLine = "800 800 800 800\r";
 
 /// The ports over real lines, with the poll and guard threads of a running program.
-struct RealBench {
-  ovka::testing::CapturedPrint print;
-  ovka::testing::RecordingShell shell;
-  ovka::LinuxSerialPorts serial;
-  ovka::LinuxClock clock;
-  ovka::LinuxAddressSpace space;
-  ovka::NotificationCenter notifications;
-  ovka::LossCounters losses;
-  ovka::SampleStore store{space, shell.recording, shell.annotations};
-  ovka::StreamDecoder decoder{store, notifications, losses, shell.application};
-  ovka::AmplifierPorts ports{{serial, notifications, losses, clock, shell.annotations,
-                              shell.portView, shell.recording, shell.application},
-                             decoder};
-  ovka::LineGuard guard{ports, losses, clock};
-  std::atomic<bool> stop{false};
-  std::thread poller;
-  std::thread guardian;
+struct RealBench : AmplifierBenchOn<LinuxSerialPorts, LinuxClock> {
+  LineGuard guard{ports, losses, time};
+  std::vector<std::jthread> threads;
 
   RealBench() {
-    buffer::resetVariables();
-    amplifier::resetVariables();
-    store.initMalloc(100'000);
+    store.initMalloc(10'000);
     buffer::setRecModeX = 2;
   }
   void run() {
-    poller = std::thread([this] {
-      for (; !stop; std::this_thread::sleep_for(5ms)) {
+    threads.emplace_back([this](const std::stop_token& stop) {
+      for (; !stop.stop_requested(); std::this_thread::sleep_for(5ms)) {
         if (buffer::setPauseX == 0) ports.getFromPortNew();
       }
     });
-    guardian = std::thread([this] {
-      for (; !stop; std::this_thread::sleep_for(ovka::LineGuard::kTick)) guard.tick();
+    threads.emplace_back([this](const std::stop_token& stop) {
+      for (; !stop.stop_requested(); std::this_thread::sleep_for(LineGuard::kTick)) guard.tick();
     });
   }
   ~RealBench() {
-    stop = true;
+    for (std::jthread& thread : threads) thread.request_stop();
     ports.stopWaiting();
-    if (poller.joinable()) poller.join();
-    if (guardian.joinable()) guardian.join();
-    static_cast<void>(print.take());
+    threads.clear();
   }
 };
 
@@ -94,7 +66,7 @@ bool framesArrive(const FarEnd& far) {
 }
 
 TEST_CASE("an amplifier is unplugged while paused and comes back under another terminal") {
-  const ovka::testing::TemporaryFolder folder;
+  const TemporaryFolder folder;
   const std::string link = folder.at("amplifier");
   auto far = std::make_unique<FarEnd>();
   fs::create_symlink(far->path(), link);
@@ -127,8 +99,8 @@ TEST_CASE("an amplifier is unplugged while paused and comes back under another t
   far = std::make_unique<FarEnd>();
   far->send("OVKA\rready\r");
   fs::create_symlink(far->path(), link);
-  REQUIRE(comesTrue(
-      [&] { return bench.ports.lineState(1) == ovka::AmplifierPorts::LineState::Running; }));
+  using State = AmplifierPorts::LineState;
+  REQUIRE(comesTrue([&] { return bench.ports.lineState(1) == State::Running; }));
   CHECK(far->receive(40).find("SR 120\rSR 240\r") != std::string::npos);
   CHECK(buffer::ploop == kept);
   REQUIRE(framesArrive(*far));

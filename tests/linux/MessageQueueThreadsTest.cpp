@@ -1,10 +1,8 @@
 #include <array>
 #include <atomic>
-#include <cstdint>
 #include <cstring>
 #include <doctest/doctest.h>
 #include <thread>
-#include <vector>
 
 #include "CapturedPrint.h"
 #include "LinuxRunLoop.h"

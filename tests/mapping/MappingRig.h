@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <map>
-#include <string>
-#include <vector>
 
 #include "AnalysisInput.h"
 #include "BufferVariables.h"

@@ -16,41 +16,20 @@ void anything(MappingRig& rig, std::mt19937& random) {
   const auto pick = [&](unsigned n) { return static_cast<std::size_t>(random() % n); };
   MidiMapping& mapping = pick(2) == 0 ? static_cast<MidiMapping&>(rig.band) : rig.single;
   const std::size_t setup = pick(6);  // few, so that they meet
-  switch (pick(14)) {
-    case 0:
-      document::savingX = pick(8) == 0 ? 1 : 0;
-      return;
-    case 1:
-      document::openingX = pick(8) == 0 ? 1 : 0;
-      return;
-    case 2:
-      buffer::setPauseX = pick(8) == 0 ? 1 : 0;
-      return;
-    case 3:
-      mapping.sendMidiTemporalyOFF();
-      return;
-    case 4:
-      mapping.sendMidiBackON();
-      return;
-    case 5:
-      mapping.beginPut();
-      mapping.endPut();
-      return;
-    case 6:
-      setmidiband::setSoloBandX = static_cast<std::int32_t>(pick(2));
-      return;
-    case 7:
-      mapping.showSetup(static_cast<std::int32_t>(setup));
-      return;
-    case 8:
-      if (pick(50) == 0) mapping.setSetToDefault();
-      return;
-    case 9:
-      pick(2) == 0 ? mapping.setSet() : mapping.setCancel();
-      return;
-    default:
-      break;
-  }
+  const std::function<void()> deeds[] = {
+      [&] { document::savingX = pick(8) == 0 ? 1 : 0; },
+      [&] { document::openingX = pick(8) == 0 ? 1 : 0; },
+      [&] { buffer::setPauseX = pick(8) == 0 ? 1 : 0; },
+      [&] { mapping.sendMidiTemporalyOFF(); },
+      [&] { mapping.sendMidiBackON(); },
+      [&] { mapping.beginPut(), mapping.endPut(); },
+      [&] { setmidiband::setSoloBandX = static_cast<std::int32_t>(pick(2)); },
+      [&] { mapping.showSetup(static_cast<std::int32_t>(setup)); },
+      [&] { pick(50) == 0 ? mapping.setSetToDefault() : void(); },
+      [&] { pick(2) == 0 ? mapping.setSet() : mapping.setCancel(); },
+  };
+  const std::size_t deed = pick(14);
+  if (deed < std::size(deeds)) return deeds[deed]();
   // Any value of the table, in its range; often the switch.
   const auto fields = mapping.fields();
   const SetupField& field = fields[pick(3) == 0 ? 0 : pick(static_cast<unsigned>(fields.size()))];

@@ -53,38 +53,20 @@ TEST_CASE("a tick plays what a walk over all set-ups would play, after any chang
   long plays = 0;
   for (int step = 0; step < 60000; ++step) {
     const auto setup = static_cast<std::size_t>(pick(128));
-    switch (pick(40)) {
-      case 0:
-      case 1:
-        MIDIoutONEX.set(setup, pick(5) == 0 ? 2 : pick(2));
-        break;
-      case 2:
-        SendMIDItimingEX.set(setup, pick(10) - 1);  // some are no interval
-        break;
-      case 3:
-        ONInputEX.set(setup, pick(2));
-        break;
-      case 4:
-        setSoloBandX = pick(3) != 0 ? 1 : 0;
-        break;
-      case 5:
-        SetupBandNX = pick(128);
-        break;
-      case 6:
-        mapping::PerformanceProfileX = pick(2);
-        break;
-      case 7:
-        tsaveEX.set(setup, walk.last[setup] = rig.notes.now - 0.05 * pick(20));
-        break;
-      case 8:
-        tlongEX.set(setup, walk.interval[setup] = 0.03 * pick(20));
-        break;
-      case 9:
-        if (pick(200) == 0) rig.notes.now -= 0.3;  // somebody set the clock
-        break;
-      default:
-        break;
-    }
+    const std::function<void()> changes[] = {
+        [&] { MIDIoutONEX.set(setup, pick(5) == 0 ? 2 : pick(2)); },
+        [&] { MIDIoutONEX.set(setup, pick(5) == 0 ? 2 : pick(2)); },
+        [&] { SendMIDItimingEX.set(setup, pick(10) - 1); },  // some are no interval
+        [&] { ONInputEX.set(setup, pick(2)); },
+        [&] { setSoloBandX = pick(3) != 0 ? 1 : 0; },
+        [&] { SetupBandNX = pick(128); },
+        [&] { mapping::PerformanceProfileX = pick(2); },
+        [&] { tsaveEX.set(setup, walk.last[setup] = rig.notes.now - 0.05 * pick(20)); },
+        [&] { tlongEX.set(setup, walk.interval[setup] = 0.03 * pick(20)); },
+        [&] { rig.notes.now -= pick(200) == 0 ? 0.3 : 0; },  // somebody set the clock
+    };
+    const auto change = static_cast<std::size_t>(pick(40));
+    if (change < std::size(changes)) changes[change]();
     if (pick(15) == 0) buffer::ploop = buffer::ploop + 1;
     rig.notes.now += 0.001 * (1 + pick(2)) + 1e-5 * pick(10);
     Setups expected;

@@ -42,7 +42,6 @@ TEST_CASE("documents bring every set-up back, bit for bit") {
     REQUIRE(texts.size() == 128 * 129);
     for (std::size_t setup = 0; setup < 128; ++setup) CHECK(texts[setup * 129] == "129");
     CHECK(texts[127 * 129 + 128] == "0");
-    std::vector<double> before;
     const auto values = [&] {
       std::vector<double> all;
       for (const SetupField& field : mappings[g]->fields()) {
@@ -53,7 +52,7 @@ TEST_CASE("documents bring every set-up back, bit for bit") {
       }
       return all;
     };
-    before = values();
+    const std::vector<double> before = values();
     g == 0 ? setmidiband::setDefaults() : setmidi::setDefaults();
     CHECK(values() != before);
     groups[g].put(texts);

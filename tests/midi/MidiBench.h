@@ -1,10 +1,6 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "CapturedPrint.h"
 #include "ManualTime.h"
@@ -32,10 +28,15 @@ struct MidiBench {
     midi::resetVariables();
   }
 
-  MidiEngine& start() {
+  /// As the system does, with everything that is printed and played thereby.
+  MidiEngine& setUp() {
     engine = std::make_unique<MidiEngine>(parts, time);
     engine->mainMidi();
     engine->setGetOutMIDIPort();
+    return *engine;
+  }
+  MidiEngine& start() {
+    setUp();
     static_cast<void>(printed.take());
     synthesizer.forget();
     return *engine;

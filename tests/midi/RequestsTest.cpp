@@ -1,7 +1,5 @@
 #include <doctest/doctest.h>
-#include <map>
 #include <random>
-#include <tuple>
 
 #include "MidiBench.h"
 
@@ -13,62 +11,71 @@ namespace {
 
 using Sent = std::vector<std::pair<int, Bytes>>;
 
+/// The bookkeeping as it is told, over plain maps.
+class PlainBooks {
+ public:
+  Sent sent;
+
+  void on(int note, int velocity, int setup, int channel, int port) {
+    put({0x90, channel, note, velocity}, port);
+    onRecord[{note, setup, channel, port}] = true;
+  }
+  void off(int note, int setup, int channel, int port) {
+    if (!onRecord[{note, setup, channel, port}]) return;
+    put({0x80, channel, note, 0}, port);
+    onRecord[{note, setup, channel, port}] = false;
+  }
+  void offOn(int note, int velocity, int setup, int channel, int port, int noten) {
+    int& old = noteOld[setup * 1152 + channel * 72 + port * 3 + noten];
+    if (noten > 9 || old != note) {
+      put({0x80, channel, old, 0}, port);
+      onRecord[{old, setup, channel, port}] = false;
+      put({0x90, channel, note, velocity}, port);
+    }
+    old = note;
+    onRecord[{note, setup, channel, port}] = true;
+  }
+  void onOff(int note, int velocity, int setup, int channel, int port, int noten) {
+    if (noten <= 9 && noteOld[setup * 1152 + channel * 72 + port * 3 + noten] == note) return;
+    put({0x90, channel, note, velocity}, port);
+    put({0x80, channel, note, 0}, port);
+    onRecord[{note, setup, channel, port}] = false;
+  }
+  std::map<std::tuple<int, int, int, int>, bool> onRecord;
+
+ private:
+  void put(const std::array<int, 4>& m, int port) {
+    if (port > 1) return;  // no destination there
+    sent.push_back({port, Bytes{static_cast<std::uint8_t>(m[0] | m[1]),
+                                static_cast<std::uint8_t>(m[2]), static_cast<std::uint8_t>(m[3])}});
+  }
+  std::map<int, int> noteOld;
+};
+
 }  // namespace
 
 TEST_CASE("every message: bytes, clamps, and what is printed of it") {
   MidiBench b;
   MidiEngine& e = b.start();
+  using M = MidiEngine&;
   const struct {
-    const char* name;
-    void (*ask)(MidiEngine&);
-    Sent sent;
-    const char* printed;
+    void (*ask)(M);
+    Sent sent{};
+    const char* printed = "";
   } cases[] = {
-      {"Note On",
-       [](MidiEngine& m) { m.WriteVNote(60, 1, 100, 0, 2, 0, 0); },
-       {{0, {0x92, 60, 100}}},
-       ""},
-      {"Note Off: no velocity",
-       [](MidiEngine& m) { m.WriteVNote(60, 0, 100, 0, 2, 0, 0); },
-       {{0, {0x82, 60, 0}}},
-       ""},
-      {"clamped up",
-       [](MidiEngine& m) { m.MidiOutOn(128, 300, 500, 20, 0, 0); },
-       {{0, {0x9F, 127, 127}}},
-       ""},
-      {"clamped down",
-       [](MidiEngine& m) { m.MidiOutOn(-1, -5, -1, -3, 0, 0); },
-       {{0, {0x90, 0, 0}}},
-       ""},
-      {"controller",
-       [](MidiEngine& m) { m.MidiControlChange(7, 300, 0, 20, 0, 0); },
-       {{0, {0xBF, 7, 127}}},
-       "BF 07 7F \n"},
-      {"bend",
-       [](MidiEngine& m) { m.MidiCpitch(-9, 0, 3, 0, 0); },
-       {{0, {0xE3, 0, 0}}},
-       "E3 00 00 \n"},
-      {"program",
-       [](MidiEngine& m) { m.MidiCprogram(200, 0, 1, 0, 0); },
-       {{0, {0xC1, 127}}},
-       "C1 7F \n"},
-      {"no port", [](MidiEngine& m) { m.MidiOutOn(60, 1, 0, 0, 99, 0); }, {}, ""},
-      {"negative port",
-       [](MidiEngine& m) { m.MidiOutOffOn(60, 1, 0, 0, INT32_MIN, -7, 0); },
-       {},
-       ""},
-      {"start, continue, stop",
-       [](MidiEngine& m) {
-         m.MidiStart(0);
-         m.MidiCont(0);
-         m.MidiStop(0);
-         m.MidiShutDown();
-       },
-       {},
-       ""},
+      {[](M m) { m.WriteVNote(60, 1, 100, 0, 2, 0, 0); }, {{0, {0x92, 60, 100}}}},
+      {[](M m) { m.WriteVNote(60, 0, 100, 0, 2, 0, 0); }, {{0, {0x82, 60, 0}}}},
+      {[](M m) { m.MidiOutOn(128, 300, 500, 20, 0, 0); }, {{0, {0x9F, 127, 127}}}},
+      {[](M m) { m.MidiOutOn(-1, -5, -1, -3, 0, 0); }, {{0, {0x90, 0, 0}}}},
+      {[](M m) { m.MidiControlChange(7, 300, 0, 20, 0, 0); }, {{0, {0xBF, 7, 127}}}, "BF 07 7F \n"},
+      {[](M m) { m.MidiCpitch(-9, 0, 3, 0, 0); }, {{0, {0xE3, 0, 0}}}, "E3 00 00 \n"},
+      {[](M m) { m.MidiCprogram(200, 0, 1, 0, 0); }, {{0, {0xC1, 127}}}, "C1 7F \n"},
+      {[](M m) { m.MidiOutOn(60, 1, 0, 0, 99, 0); }},  // no port
+      {[](M m) { m.MidiOutOffOn(60, 1, 0, 0, INT32_MIN, -7, 0); }},
+      {[](M m) { m.MidiStart(0), m.MidiCont(0), m.MidiStop(0), m.MidiShutDown(); }},
   };
   for (const auto& c : cases) {
-    CAPTURE(c.name);
+    CAPTURE(&c - cases);
     c.ask(e);
     CHECK(b.sent() == c.sent);
     e.tick();
@@ -122,51 +129,6 @@ TEST_CASE("time: the wall clock once, then without jumps; stamps as they are") {
   CHECK(b.transport.sent()[1].timeStamp == 1'700'000'001);
 }
 
-namespace {
-
-/// The bookkeeping as it is told, over plain maps.
-class PlainBooks {
- public:
-  Sent sent;
-
-  void on(int note, int velocity, int setup, int channel, int port) {
-    put({0x90, channel, note, velocity}, port);
-    onRecord[{note, setup, channel, port}] = true;
-  }
-  void off(int note, int setup, int channel, int port) {
-    if (!onRecord[{note, setup, channel, port}]) return;
-    put({0x80, channel, note, 0}, port);
-    onRecord[{note, setup, channel, port}] = false;
-  }
-  void offOn(int note, int velocity, int setup, int channel, int port, int noten) {
-    int& old = noteOld[setup * 1152 + channel * 72 + port * 3 + noten];
-    if (noten > 9 || old != note) {
-      put({0x80, channel, old, 0}, port);
-      onRecord[{old, setup, channel, port}] = false;
-      put({0x90, channel, note, velocity}, port);
-    }
-    old = note;
-    onRecord[{note, setup, channel, port}] = true;
-  }
-  void onOff(int note, int velocity, int setup, int channel, int port, int noten) {
-    if (noten <= 9 && noteOld[setup * 1152 + channel * 72 + port * 3 + noten] == note) return;
-    put({0x90, channel, note, velocity}, port);
-    put({0x80, channel, note, 0}, port);
-    onRecord[{note, setup, channel, port}] = false;
-  }
-  std::map<std::tuple<int, int, int, int>, bool> onRecord;
-
- private:
-  void put(const std::array<int, 4>& m, int port) {
-    if (port > 1) return;  // no destination there
-    sent.push_back({port, Bytes{static_cast<std::uint8_t>(m[0] | m[1]),
-                                static_cast<std::uint8_t>(m[2]), static_cast<std::uint8_t>(m[3])}});
-  }
-  std::map<int, int> noteOld;
-};
-
-}  // namespace
-
 TEST_CASE("random requests: the same bytes as the plain books, and silence after a shutdown") {
   MidiBench b;
   MidiEngine& e = b.start();
@@ -182,24 +144,15 @@ TEST_CASE("random requests: the same bytes as the plain books, and silence after
   for (int i = 0; i < 20'000; ++i) {
     const int note = pick(notes), setup = pick(setups), channel = pick(channels);
     const int port = pick(ports), noten = pick(slots), velocity = pick(notes);
-    switch (random() % 4) {
-      case 0:
-        e.MidiOutOn(note, velocity, setup, channel, port, 0);
-        plain.on(note, velocity, setup, channel, port);
-        break;
-      case 1:
-        e.MidiOutOff(note, setup, channel, port, 0);
-        plain.off(note, setup, channel, port);
-        break;
-      case 2:
-        e.MidiOutOffOn(note, velocity, setup, channel, port, noten, 0);
-        plain.offOn(note, velocity, setup, channel, port, noten);
-        break;
-      default:
-        e.MidiOutOnOff(note, velocity, setup, channel, port, noten, 0);
-        plain.onOff(note, velocity, setup, channel, port, noten);
-        break;
-    }
+    const auto which = random() % 4;
+    if (which == 0) e.MidiOutOn(note, velocity, setup, channel, port, 0);
+    if (which == 0) plain.on(note, velocity, setup, channel, port);
+    if (which == 1) e.MidiOutOff(note, setup, channel, port, 0);
+    if (which == 1) plain.off(note, setup, channel, port);
+    if (which == 2) e.MidiOutOffOn(note, velocity, setup, channel, port, noten, 0);
+    if (which == 2) plain.offOn(note, velocity, setup, channel, port, noten);
+    if (which == 3) e.MidiOutOnOff(note, velocity, setup, channel, port, noten, 0);
+    if (which == 3) plain.onOff(note, velocity, setup, channel, port, noten);
   }
   CHECK(b.sent() == plain.sent);
   for (const auto& [key, on] : plain.onRecord) {

@@ -1,4 +1,3 @@
-#include <cerrno>
 #include <doctest/doctest.h>
 
 #include "MidiBench.h"
@@ -44,10 +43,8 @@ TEST_CASE("names: numbered ones by appearance, long ones cut between characters"
   std::string name(254, 'x');
   name += "\xC3\xA4y";  // the buffer would end inside the two-byte character
   MidiBench b({"DLSMusicDevice", name, "DLSMusicDevice"});
-  b.engine = std::make_unique<MidiEngine>(b.parts, b.time);
-  b.engine->mainMidi();
+  b.setUp();
   CHECK(b.printed.take().find("name=" + std::string(254, 'x') + " \n") != std::string::npos);
-  b.engine->setGetOutMIDIPort();
   CHECK(b.engine->portNames()[0] == "DLSMusicDevice:1");
   CHECK(b.engine->portNames()[2] == "DLSMusicDevice:2");
   CHECK(b.engine->convertPortNameToInt("DLSMusicDevice:2") == 2);
@@ -62,9 +59,7 @@ TEST_CASE("several MIDI systems make one list; one that fails is explained and l
   broken.addDestination("never");
   second.addDestination("A");
   b.parts.transports = {&broken, &b.transport, &second};
-  b.engine = std::make_unique<MidiEngine>(b.parts, b.time);
-  b.engine->mainMidi();
-  b.engine->setGetOutMIDIPort();
+  b.setUp();
   CHECK(b.printed.take().find("Error opening broken - scripted failure") == 0);
   CHECK(midi::findPortCountE == 2);
   b.engine->MidiOutOn(60, 1, 0, 0, 0, 0);
@@ -102,9 +97,7 @@ TEST_CASE("more destinations than ports: 24 can be chosen, the synthesizer is th
   std::vector<std::string> many;
   for (int i = 0; i < 30; ++i) many.push_back("D" + std::to_string(i));
   MidiBench b(many, true);
-  b.engine = std::make_unique<MidiEngine>(b.parts, b.time);
-  b.engine->mainMidi();
-  b.engine->setGetOutMIDIPort();
+  b.setUp();
   CHECK(b.printed.take().find("31 MIDI destinations, the port list holds 24") != std::string::npos);
   CHECK(midi::findPortCountE == 24);
   CHECK(b.engine->portNames()[22] == "D22");
@@ -142,18 +135,13 @@ TEST_CASE("restart: offs first, then everything anew on the same port numbers") 
   CHECK(b.sent().size() == 2);
 }
 
-namespace {
-
-struct QtCase {
-  const char* name;
-  std::int32_t useQT, uses, port;
-  bool toPort, toSynthesizer;
-};
-
-}  // namespace
-
 TEST_CASE("who plays the synthesizer, in both of its styles") {
   // Destinations A and B, the synthesizer as port 2, so that findPortCountE is 3.
+  struct QtCase {
+    const char* name;
+    std::int32_t useQT, uses, port;
+    bool toPort, toSynthesizer;
+  };
   const QtCase cases[] = {
       {"not asked", 0, 1, 0, true, false},
       {"asked, not chosen", 1, 0, 0, true, false},
@@ -166,9 +154,7 @@ TEST_CASE("who plays the synthesizer, in both of its styles") {
     MidiBench b({"A", "B"}, true);
     midi::AUuse = graph;
     midi::mProgram0 = 19;
-    b.engine = std::make_unique<MidiEngine>(b.parts, b.time);
-    b.engine->mainMidi();
-    b.engine->setGetOutMIDIPort();
+    b.setUp();
     const auto first = b.synthesizer.messages();
     CHECK(first.size() == (graph != 0 ? 2U : 8U));
     CHECK(first[0] == (graph != 0 ? Bytes{0xB0, 0, 0} : Bytes{0xC0, 19}));
@@ -228,9 +214,7 @@ TEST_CASE("the synthesizer's choice is taken back while its note sounds: the not
 TEST_CASE("a synthesizer without sounds to play is explained; the rest runs") {
   MidiBench b({"A"}, true);
   b.synthesizer.startResult = ENOENT;
-  b.engine = std::make_unique<MidiEngine>(b.parts, b.time);
-  b.engine->mainMidi();
-  b.engine->setGetOutMIDIPort();
+  b.setUp();
   CHECK(b.printed.take().find("Error starting the synthesizer - no sound") == 0);
   CHECK(midi::findPortCountE == 1);
   b.engine->MidiOutOn(60, 1, 0, 0, 1, 1);

@@ -1,6 +1,5 @@
 #include <doctest/doctest.h>
-#include <string>
-#include <vector>
+#include <sstream>
 
 #include "CaptureSettings.h"
 #include "Engine.h"
@@ -21,8 +20,7 @@ struct EngineBench {
   [[nodiscard]] std::vector<std::string> load(const std::string& text) {
     files.contents[PresetBench::path("test")] = text;
     DocumentError error;
-    const bool loaded = panel.openPreset("test", &error);
-    CHECK_MESSAGE(loaded, error.detail);
+    CHECK_MESSAGE(panel.openPreset("test", &error), error.detail);
     return panel.notes();
   }
   [[nodiscard]] std::vector<std::string> texts(std::string_view key) {
@@ -97,33 +95,14 @@ TEST_CASE("a preset carries the whole set-up into a new process") {
   CaptureSettings carried;
   {
     EngineBench bench(disk);
-    for (const char* change : {"SelectDevice=3",
-                               "DeviceConfig=2",
-                               "samplingModeX=6",
-                               "hardwareGainCH2=-0.75",
-                               "DCoffSetCH1X1000=-12345",
-                               "GainOr=1.5",
-                               "timeMX=7",
-                               "FFTpointX=6",
-                               "windSape=t",
-                               "FFTcalculationSelectX=1",
-                               "setAverageTime=5",
-                               "setGain3Number=2",
-                               "DCcutONed=0",
-                               "setACNumber=4",
-                               "LowFX=3.25",
-                               "HighFX=38.5",
-                               "setCoherenceLevel=2",
-                               "maxBScount=16",
-                               "coherenceSWoffset=-3.5",
-                               "setDistributeTimingX=6",
-                               "SerialOutTimingPX=9",
-                               "PortNumberX=9000",
-                               "MaxTimeActionX=1",
-                               "ReversPolarityX=1",
-                               "setLoopModeX=0"}) {
-      CHECK(bench.engine.assign(change) == "");
-    }
+    std::istringstream changes(
+        "SelectDevice=3 DeviceConfig=2 samplingModeX=6 hardwareGainCH2=-0.75 "
+        "DCoffSetCH1X1000=-12345 GainOr=1.5 timeMX=7 FFTpointX=6 windSape=t "
+        "FFTcalculationSelectX=1 setAverageTime=5 setGain3Number=2 DCcutONed=0 "
+        "setACNumber=4 LowFX=3.25 HighFX=38.5 setCoherenceLevel=2 maxBScount=16 "
+        "coherenceSWoffset=-3.5 setDistributeTimingX=6 SerialOutTimingPX=9 "
+        "PortNumberX=9000 MaxTimeActionX=1 ReversPolarityX=1 setLoopModeX=0");
+    for (std::string change; changes >> change;) CHECK(bench.engine.assign(change) == "");
     REQUIRE(bench.panel.savePreset("carried"));
     carried = captureSettings(bench.engine, {});
   }

@@ -1,10 +1,5 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
-
 #include "../document/DocumentFixture.h"
 #include "PropertyListReader.h"
 #include "SetPreSet.h"
@@ -21,11 +16,8 @@ class FakePresetShell final : public PresetShell {
   std::vector<std::function<void()>> waiting;
 
   void onMainThread(std::function<void()> task) override {
-    if (away) {
-      waiting.push_back(std::move(task));
-    } else {
-      task();
-    }
+    if (!away) return task();
+    waiting.push_back(std::move(task));
   }
   void runWaiting() {
     for (const auto& task : std::exchange(waiting, {})) task();

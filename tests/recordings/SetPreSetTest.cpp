@@ -1,9 +1,6 @@
 #include <doctest/doctest.h>
-#include <map>
 #include <set>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "PresetFixture.h"
 

@@ -148,11 +148,7 @@ TEST_CASE("a file is resampled linearly and repeated; columns are channels 1, 2,
 }
 
 TEST_CASE("a file that cannot be used says where and why") {
-  struct Row {
-    const char* text;
-    const char* error;
-  };
-  const Row rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"", "f: holds no numbers"},
       {"a,b\n", "f: holds no numbers"},
       {"a,b\n1,2\n1,x2\n", "f, line 3, column 2: \"x2\" is not a number"},
@@ -163,11 +159,11 @@ TEST_CASE("a file that cannot be used says where and why") {
       {"1,\n", "f, line 1, column 2: \"\" is not"},
       {"1\n\x01\xff\n", "f, line 2, column 1: \"??\" is not"},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     std::string error;
-    CHECK(FileSignal::parse(row.text, 100, "f", error) == nullptr);
+    CHECK(FileSignal::parse(row.first, 100, "f", error) == nullptr);
     CAPTURE(error);
-    CHECK(error.find(row.error) == 0);
+    CHECK(error.find(row.second) == 0);
     CHECK(error.find('\n') == std::string::npos);
   }
   std::string error;

@@ -43,13 +43,17 @@ struct SmallAddressSpace final : AddressSpace {
   void release(std::byte* block, std::size_t) override { std::free(block); }
 };
 
-/// The amplifier's ports over fakes, with a small sample buffer and a clock moved by hand.
-struct AmplifierBench {
+using Device = FakeSerialPorts::Device;
+using Step = FakeSerialPorts::Step;
+
+/// The amplifier's ports over lines and a clock, with a small sample buffer.
+template <typename Serial, typename Time>
+struct AmplifierBenchOn {
   FreshVariables fresh;
   CapturedPrint print;
   RecordingShell shell;
-  FakeSerialPorts serial;
-  ManualTime time;
+  Serial serial;
+  Time time;
   NotificationCenter notifications;
   LossCounters losses;
   SmallAddressSpace space;
@@ -59,22 +63,25 @@ struct AmplifierBench {
                         shell.recording, shell.application},
                        decoder};
 
-  AmplifierBench() {
+  AmplifierBenchOn() {
     store.initMalloc(2000);
     static_cast<void>(print.take());
   }
-  ~AmplifierBench() { static_cast<void>(print.take()); }
-  AmplifierBench(const AmplifierBench&) = delete;
-  AmplifierBench& operator=(const AmplifierBench&) = delete;
+  ~AmplifierBenchOn() { static_cast<void>(print.take()); }
+  AmplifierBenchOn(const AmplifierBenchOn&) = delete;
+  AmplifierBenchOn& operator=(const AmplifierBenchOn&) = delete;
 
   void after(int milliseconds) { time.advance(std::chrono::milliseconds(milliseconds)); }
 
   /// A device whose amplifier greets once it is opened.
-  FakeSerialPorts::Device& greeting(const std::string& path) {
-    FakeSerialPorts::Device& device = serial.device(path);
+  Device& greeting(const std::string& path) {
+    Device& device = serial.device(path);
     device.input = {"OVKA\r", "ready\r"};
     return device;
   }
 };
+
+/// Over fakes, with a clock moved by hand.
+using AmplifierBench = AmplifierBenchOn<FakeSerialPorts, ManualTime>;
 
 }  // namespace ovka::testing

@@ -7,6 +7,7 @@
 
 #include "Dialogs.h"
 #include "Folders.h"
+#include "HostFacts.h"
 
 namespace ovka::testing {
 
@@ -15,10 +16,15 @@ struct FakeDialogs final : Dialogs {
   void alert(std::string_view message, std::string_view detail) override {
     alerts.push_back(std::string(message) + "|" + std::string(detail));
   }
-  bool confirm(std::string_view /*message*/, std::string_view /*detail*/) override { return yes; }
-  void beep() override {}
+  bool confirm(std::string_view message, std::string_view /*detail*/) override {
+    questions.emplace_back(message);
+    return answer;
+  }
+  void beep() override { ++beeps; }
   std::vector<std::string> alerts;
-  bool yes = true;
+  std::vector<std::string> questions;
+  bool answer = true;
+  int beeps = 0;
 };
 
 /// The system's folders, all in one.
@@ -31,6 +37,14 @@ struct OneFolder final : Folders {
     return std::string(path);
   }
   std::string path_;
+};
+
+/// A machine where it is always the same second.
+struct FakeHost final : HostFacts {
+  std::string machineName() const override { return "x86_64"; }
+  LocalTime localTime(std::int64_t /*wallNanoseconds*/) const override {
+    return {2024, 3, 7, 15, 4, 9};
+  }
 };
 
 }  // namespace ovka::testing

@@ -85,46 +85,36 @@ class FakeSerialPorts final : public SerialPorts {
     open_[++lastDescriptor_] = &known->second;
     return {lastDescriptor_, 0};
   }
-  SerialResult claimExclusive(int descriptor) override {
-    return stepOf(descriptor, Step::Exclusive);
-  }
-  SerialResult clearNonBlocking(int descriptor) override {
-    return stepOf(descriptor, Step::ClearNonBlocking);
-  }
-  SerialResult getAttributes(int descriptor, SerialAttributes& attributes) override {
-    const SerialResult done = stepOf(descriptor, Step::GetAttributes);
-    if (done.error == 0) attributes = at(descriptor).attributes;
+  SerialResult claimExclusive(int line) override { return stepOf(line, Step::Exclusive); }
+  SerialResult clearNonBlocking(int line) override { return stepOf(line, Step::ClearNonBlocking); }
+  SerialResult getAttributes(int line, SerialAttributes& attributes) override {
+    const SerialResult done = stepOf(line, Step::GetAttributes);
+    if (done.error == 0) attributes = at(line).attributes;
     return done;
   }
-  SerialResult setAttributes(int descriptor, const SerialAttributes& attributes) override {
-    SerialResult done = stepOf(descriptor, Step::SetAttributes);
+  SerialResult setAttributes(int line, const SerialAttributes& attributes) override {
+    SerialResult done = stepOf(line, Step::SetAttributes);
     if (done.error != 0) return done;
-    Device& device = at(descriptor);
+    Device& device = at(line);
     device.attributes = attributes;
     done.value = device.realSpeed != 0 ? device.realSpeed : attributes.inputSpeed;
     return done;
   }
-  SerialResult assertDTR(int descriptor) override { return stepOf(descriptor, Step::AssertDTR); }
-  SerialResult clearDTR(int descriptor) override { return stepOf(descriptor, Step::ClearDTR); }
-  SerialResult setHandshakeLines(int descriptor, int lines) override {
-    const SerialResult done = stepOf(descriptor, Step::SetLines);
-    if (done.error == 0) at(descriptor).lines = lines;
+  SerialResult assertDTR(int line) override { return stepOf(line, Step::AssertDTR); }
+  SerialResult clearDTR(int line) override { return stepOf(line, Step::ClearDTR); }
+  SerialResult setHandshakeLines(int line, int lines) override {
+    return keep(line, Step::SetLines, &Device::lines, lines);
+  }
+  SerialResult getHandshakeLines(int line) override {
+    SerialResult done = stepOf(line, Step::GetLines);
+    if (done.error == 0) done.value = at(line).lines;
     return done;
   }
-  SerialResult getHandshakeLines(int descriptor) override {
-    SerialResult done = stepOf(descriptor, Step::GetLines);
-    if (done.error == 0) done.value = at(descriptor).lines;
-    return done;
+  SerialResult setReadLatency(int line, int microseconds) override {
+    return keep(line, Step::Latency, &Device::latency, microseconds);
   }
-  SerialResult setReadLatency(int descriptor, int microseconds) override {
-    const SerialResult done = stepOf(descriptor, Step::Latency);
-    if (done.error == 0) at(descriptor).latency = microseconds;
-    return done;
-  }
-  SerialResult setSpeed(int descriptor, int baud) override {
-    const SerialResult done = stepOf(descriptor, Step::Speed);
-    if (done.error == 0) at(descriptor).speed = baud;
-    return done;
+  SerialResult setSpeed(int line, int baud) override {
+    return keep(line, Step::Speed, &Device::speed, baud);
   }
 
   SerialWait waitReadable(int descriptor, int timeoutMilliseconds) override {
@@ -189,6 +179,11 @@ class FakeSerialPorts final : public SerialPorts {
   SerialResult stepOf(int descriptor, Step step) {
     const std::scoped_lock guard(lock_);
     return FakeSerialPorts::step(at(descriptor), step);
+  }
+  SerialResult keep(int descriptor, Step step, int Device::*where, int value) {
+    const SerialResult done = stepOf(descriptor, step);
+    if (done.error == 0) at(descriptor).*where = value;
+    return done;
   }
 
   std::mutex lock_;

@@ -15,16 +15,17 @@ namespace ovka::testing {
 /// has marked, what its slots hold, and what sounds at the receiver. Time is set by hand.
 class RecordingNotes final : public NoteOutput {
  public:
+  using I = std::int32_t;
   struct Request {
     std::string text;  ///< "On 60 100 s0 c1 p2 qt0", as the arguments came
     MidiCause cause;
   };
-  using Place = std::tuple<std::int32_t, std::int32_t, std::int32_t>;  // port, channel, note
+  using Place = std::tuple<I, I, I>;  // port, channel, note
 
   bool keepRequests = true;
   double now = 1000.0;
   bool isRunning = true;
-  std::int32_t ports = 24;
+  I ports = 24;
   long restarts = 0;
   std::vector<Request> requests;
 
@@ -37,88 +38,77 @@ class RecordingNotes final : public NoteOutput {
   }
   [[nodiscard]] const std::set<Place>& sounding() const { return sounding_; }
 
-  void MidiOutOn(std::int32_t note, std::int32_t velocit, std::int32_t SetupN, std::int32_t channel,
-                 std::int32_t MIDIport, std::int32_t UseQT) override {
-    record("On", {note, velocit}, SetupN, channel, MIDIport, UseQT);
-    on(note, SetupN, channel, MIDIport);
+  void MidiOutOn(I note, I velocity, I setup, I channel, I port, I UseQT) override {
+    record("On", {note, velocity}, setup, channel, port, UseQT);
+    on(note, setup, channel, port);
   }
-  void MidiOutOff(std::int32_t note, std::int32_t SetupN, std::int32_t channel,
-                  std::int32_t MIDIport, std::int32_t UseQT) override {
-    const auto mark =
-        std::tuple{SetupN, MIDIport, std::clamp(channel, 0, 15), std::clamp(note, 0, 127)};
+  void MidiOutOff(I note, I setup, I channel, I port, I UseQT) override {
+    const auto mark = std::tuple{setup, port, std::clamp(channel, 0, 15), std::clamp(note, 0, 127)};
     if (marked_.erase(mark) == 0) return;
-    record("Off", {note}, SetupN, channel, MIDIport, UseQT);
-    off(note, channel, MIDIport);
+    record("Off", {note}, setup, channel, port, UseQT);
+    off(note, channel, port);
   }
-  void MidiOutOffOn(std::int32_t note, std::int32_t velocit, std::int32_t SetupN,
-                    std::int32_t channel, std::int32_t MIDIport, std::int32_t NOTEN,
-                    std::int32_t UseQT) override {
-    record("OffOn", {note, velocit, NOTEN}, SetupN, channel, MIDIport, UseQT);
-    std::int32_t& slot = slotOf(SetupN, channel, MIDIport, NOTEN);
+  void MidiOutOffOn(I note, I velocity, I setup, I channel, I port, I NOTEN, I UseQT) override {
+    record("OffOn", {note, velocity, NOTEN}, setup, channel, port, UseQT);
+    I& slot = slotOf(setup, channel, port, NOTEN);
     if (NOTEN > 9 || slot != std::clamp(note, 0, 127)) {
-      off(slot, channel, MIDIport);
-      on(note, SetupN, channel, MIDIport);
+      off(slot, channel, port);
+      on(note, setup, channel, port);
     }
     slot = std::clamp(note, 0, 127);
   }
-  void MidiOutOnOff(std::int32_t note, std::int32_t velocit, std::int32_t SetupN,
-                    std::int32_t channel, std::int32_t MIDIport, std::int32_t NOTEN,
-                    std::int32_t UseQT) override {
-    record("OnOff", {note, velocit, NOTEN}, SetupN, channel, MIDIport, UseQT);
-    off(note, channel, MIDIport);
+  void MidiOutOnOff(I note, I velocity, I setup, I channel, I port, I NOTEN, I UseQT) override {
+    record("OnOff", {note, velocity, NOTEN}, setup, channel, port, UseQT);
+    off(note, channel, port);
   }
-  void MidiControlChange(std::int32_t controller, std::int32_t value, std::int32_t SetupN,
-                         std::int32_t channel, std::int32_t MIDIport, std::int32_t UseQT) override {
-    record("CC", {controller, value}, SetupN, channel, MIDIport, UseQT);
+  void MidiControlChange(I controller, I value, I setup, I channel, I port, I UseQT) override {
+    record("CC", {controller, value}, setup, channel, port, UseQT);
   }
-  void MidiCpitch(std::int32_t value, std::int32_t SetupN, std::int32_t channel,
-                  std::int32_t MIDIport, std::int32_t UseQT) override {
-    record("Bend", {value}, SetupN, channel, MIDIport, UseQT);
+  void MidiCpitch(I value, I setup, I channel, I port, I UseQT) override {
+    record("Bend", {value}, setup, channel, port, UseQT);
   }
-  void MidiCprogram(std::int32_t program, std::int32_t SetupN, std::int32_t channel,
-                    std::int32_t MIDIport, std::int32_t UseQT) override {
-    record("Program", {program}, SetupN, channel, MIDIport, UseQT);
+  void MidiCprogram(I program, I setup, I channel, I port, I UseQT) override {
+    record("Program", {program}, setup, channel, port, UseQT);
   }
-  void MidiStop(std::int32_t MIDIport) override {
-    if (keepRequests) requests.push_back({"Stop p" + std::to_string(MIDIport), cause_});
+  void MidiStop(I port) override {
+    if (keepRequests) requests.push_back({"Stop p" + std::to_string(port), cause_});
   }
-  void MidiCont(std::int32_t) override {}
-  void MidiStart(std::int32_t) override {}
+  void MidiCont(I) override {}
+  void MidiStart(I) override {}
   void MidiShutDown() override {}
   [[nodiscard]] double mtimeatMIDIs() const override { return now; }
   void because(const MidiCause& cause) override { cause_ = cause; }
   [[nodiscard]] bool running() const override { return isRunning; }
-  [[nodiscard]] std::int32_t portCount() const override { return ports; }
+  [[nodiscard]] I portCount() const override { return ports; }
   void restart() override { ++restarts; }
 
  private:
-  void record(const char* what, std::initializer_list<std::int32_t> numbers, std::int32_t setup,
-              std::int32_t channel, std::int32_t port, std::int32_t useQT) {
+  void record(const char* what, std::initializer_list<I> numbers, I setup, I channel, I port,
+              I useQT) {
     if (!keepRequests) return;
     std::string text = what;
-    for (const std::int32_t number : numbers) text += " " + std::to_string(number);
+    for (const I number : numbers) text += " " + std::to_string(number);
     text += " s" + std::to_string(setup) + " c" + std::to_string(channel) + " p" +
             std::to_string(port) + " qt" + std::to_string(useQT);
     requests.push_back({std::move(text), cause_});
   }
-  void on(std::int32_t note, std::int32_t setup, std::int32_t channel, std::int32_t port) {
+  void on(I note, I setup, I channel, I port) {
     note = std::clamp(note, 0, 127);
     channel = std::clamp(channel, 0, 15);
     marked_.insert({setup, port, channel, note});
     sounding_.insert({port, channel, note});
   }
-  void off(std::int32_t note, std::int32_t channel, std::int32_t port) {
+  void off(I note, I channel, I port) {
     sounding_.erase({port, std::clamp(channel, 0, 15), std::clamp(note, 0, 127)});
   }
-  std::int32_t& slotOf(std::int32_t setup, std::int32_t channel, std::int32_t port,
-                       std::int32_t NOTEN) {
-    const std::int32_t index = setup * 1152 + std::clamp(channel, 0, 15) * 72 + port * 3 + NOTEN;
+  I& slotOf(I setup, I channel, I port, I NOTEN) {
+    const I index = setup * 1152 + std::clamp(channel, 0, 15) * 72 + port * 3 + NOTEN;
     return slots_.at(static_cast<std::size_t>(index));
   }
 
   MidiCause cause_;
-  std::vector<std::int32_t> slots_ = std::vector<std::int32_t>(129 * 1152);
-  std::set<std::tuple<std::int32_t, std::int32_t, std::int32_t, std::int32_t>> marked_;
+  std::vector<I> slots_ = std::vector<I>(129 * 1152);
+  std::set<std::tuple<I, I, I, I>> marked_;
   std::set<Place> sounding_;
 };
 

@@ -57,42 +57,46 @@ class CallLog {
   std::vector<Call> calls_;
 };
 
+/// An interface of the application whose calls go to a log.
+template <typename Interface>
+struct Logged : Interface {
+  explicit Logged(CallLog& to) : log(to) {}
+  CallLog& log;
+};
+
 /// Every interface of the application above the lower rooms, writing each call to one log under its
 /// own name ("PauseMovie", "autoReONport 1"). Questions are not logged; their answers are members.
 class RecordingShell {
  public:
   CallLog log;
 
-  struct Recording final : RecordingControl {
-    explicit Recording(CallLog& to) : log(to) {}
+  struct Recording final : Logged<RecordingControl> {
+    using Logged::Logged;
     void PauseMovie() override { log.record("PauseMovie"); }
     void StopRecord2VideoandBrainwave() override { log.record("StopRecord2VideoandBrainwave"); }
     void StartRecord2VideoandBrainwave() override { log.record("StartRecord2VideoandBrainwave"); }
     void AutoSaveWhenRecEnd() override { log.record("AutoSaveWhenRecEnd"); }
-    CallLog& log;
   } recording{log};
 
-  struct Annotations final : AnnotationTrack {
-    explicit Annotations(CallLog& to) : log(to) {}
+  struct Annotations final : Logged<AnnotationTrack> {
+    using Logged::Logged;
     std::int64_t getLengthofTime() override { return lengthOfTime; }
     void gotoStartWhenLoopmodeAndEnd() override { log.record("gotoStartWhenLoopmodeAndEnd"); }
     void autoReONport(std::int32_t on) override {
       log.record("autoReONport " + std::to_string(on));
     }
-    CallLog& log;
     std::int64_t lengthOfTime = 0;
   } annotations{log};
 
-  struct Port final : PortView {
-    explicit Port(CallLog& to) : log(to) {}
+  struct Port final : Logged<PortView> {
+    using Logged::Logged;
     void setoffSerialX(std::int32_t off) override {
       log.record("setoffSerialX " + std::to_string(off));
     }
-    CallLog& log;
   } portView{log};
 
-  struct Application final : ApplicationControl {
-    explicit Application(CallLog& to) : log(to) {}
+  struct Application final : Logged<ApplicationControl> {
+    using Logged::Logged;
     void needupdateNotification() override { log.record("needupdateNotification"); }
     std::int32_t setDistributeTiming() override { return distributeTiming; }
     void needupdateSerialOutNotification() override {
@@ -112,58 +116,51 @@ class RecordingShell {
       autoSaveMovie = pending;
       log.record("SetStartAutoSaveMovie " + std::to_string(pending));
     }
-    CallLog& log;
     std::int32_t distributeTiming = 0;
     std::int32_t serialOutputTiming = 0;
     std::int32_t autoSaveProcess = 0;
     std::int32_t autoSaveMovie = 0;
   } application{log};
 
-  struct Visualiser final : VisualiserControl {
-    explicit Visualiser(CallLog& to) : log(to) {}
+  struct Visualiser final : Logged<VisualiserControl> {
+    using Logged::Logged;
     void needupdateSerialOutNotification() override {
       log.record("visualiser needupdateSerialOutNotification");
     }
     std::int32_t getSerialOutputTiming() override { return serialOutputTiming; }
-    CallLog& log;
     std::int32_t serialOutputTiming = 0;
   } visualiser{log};
 
-  struct Outputs final : SerialOutputs {
-    explicit Outputs(CallLog& to) : log(to) {}
+  struct Outputs final : Logged<SerialOutputs> {
+    using Logged::Logged;
     void inSerialOutBS() override { log.record("inSerialOutBS"); }
     void inSerialOut2BS() override { log.record("inSerialOut2BS"); }
     void inSerialOut3BS() override { log.record("inSerialOut3BS"); }
     void sendSerialWDI() override { log.record("sendSerialWDI"); }
-    CallLog& log;
   } serialOutputs{log};
 
-  struct Backups final : DataBackups {
-    explicit Backups(CallLog& to) : log(to) {}
+  struct Backups final : Logged<DataBackups> {
+    using Logged::Logged;
     void saveDataBackup() override { log.record("saveDataBackup"); }
-    CallLog& log;
   } backups{log};
 
-  struct Observer final : LevelObserver {
-    explicit Observer(CallLog& to) : log(to) {}
+  struct Observer final : Logged<LevelObserver> {
+    using Logged::Logged;
     void addOvka(std::int32_t argument) override {
       log.record("addOvka " + std::to_string(argument));
     }
-    CallLog& log;
   } observer{log};
 
-  struct Network final : NetworkReceiver {
-    explicit Network(CallLog& to) : log(to) {}
+  struct Network final : Logged<NetworkReceiver> {
+    using Logged::Logged;
     void mainUDPXX(std::int32_t port) override { log.record("mainUDPXX " + std::to_string(port)); }
-    CallLog& log;
   } network{log};
 
-  struct Commands final : SelfCommands {
-    explicit Commands(CallLog& to) : log(to) {}
+  struct Commands final : Logged<SelfCommands> {
+    using Logged::Logged;
     void SimpleRunAppleScript(const char* script) override {
       log.record(std::string("script ") + script);
     }
-    CallLog& log;
   } selfCommands{log};
 };
 

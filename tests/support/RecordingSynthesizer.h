@@ -3,12 +3,10 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <set>
-#include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "HeardNotes.h"
 #include "Synthesizer.h"
 
 namespace ovka::testing {
@@ -28,7 +26,7 @@ class RecordingSynthesizer final : public Synthesizer {
     messages_.clear();
   }
   /// Channel and note of every sounding note.
-  [[nodiscard]] std::set<std::pair<int, int>> sounding() const {
+  [[nodiscard]] HeardNotes sounding() const {
     const std::scoped_lock guard(lock_);
     return sounding_;
   }
@@ -51,14 +49,7 @@ class RecordingSynthesizer final : public Synthesizer {
     if (!started_ || bytes.empty()) return;
     const std::scoped_lock guard(lock_);
     messages_.emplace_back(bytes.begin(), bytes.end());
-    if (bytes.size() != 3) return;
-    const int kind = bytes[0] & 0xF0;
-    const std::pair<int, int> note{bytes[0] & 0x0F, bytes[1]};
-    if (kind == 0x90 && bytes[2] > 0) sounding_.insert(note);
-    if (kind == 0x80 || (kind == 0x90 && bytes[2] == 0)) sounding_.erase(note);
-    if (kind == 0xB0 && (bytes[1] == 120 || bytes[1] == 123)) {
-      std::erase_if(sounding_, [&](const auto& n) { return n.first == note.first; });
-    }
+    sounding_.hear(bytes);
   }
   void silence() override {
     const std::scoped_lock guard(lock_);
@@ -73,7 +64,7 @@ class RecordingSynthesizer final : public Synthesizer {
  private:
   mutable std::mutex lock_;
   std::vector<std::vector<std::uint8_t>> messages_;
-  std::set<std::pair<int, int>> sounding_;
+  HeardNotes sounding_;
   std::atomic<bool> started_{false};
   std::atomic<int> starts_{0};
   std::atomic<int> silences_{0};

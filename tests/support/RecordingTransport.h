@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Clock.h"
+#include "HeardNotes.h"
 #include "MidiTransport.h"
 
 namespace ovka::testing {
@@ -85,12 +86,14 @@ class RecordingTransport final : public MidiTransport {
     sent_.clear();
     published_.clear();
   }
-  /// Notes that sound at the receivers: destination, channel, note. Note Offs, Note Ons of velocity
-  /// 0, and controllers 120 and 123 end them. It lives on when messages are forgotten or a
-  /// destination vanishes, as a receiver does.
+  /// Notes that sound at the receivers: destination, channel, note. They live on when messages are
+  /// forgotten or a destination vanishes, as at a receiver.
   [[nodiscard]] std::set<std::tuple<std::uint64_t, int, int>> sounding() const {
     const std::scoped_lock guard(lock_);
-    return sounding_;
+    std::set<std::tuple<std::uint64_t, int, int>> all;
+    for (const auto& [destination, notes] : sounding_)
+      for (const auto& [channel, note] : notes) all.emplace(destination, channel, note);
+    return all;
   }
   [[nodiscard]] const MidiNames& names() const { return names_; }
   [[nodiscard]] std::vector<std::uint64_t> connectedSources() const {
@@ -140,7 +143,7 @@ class RecordingTransport final : public MidiTransport {
         failures = failures + 1;
         return refused;
       }
-      hear(sent);
+      sounding_[destination].hear(sent.bytes);
       sent_.push_back(sent);
     }
     if (onSend) onSend(sent);
@@ -180,20 +183,6 @@ class RecordingTransport final : public MidiTransport {
                                    [&](const MidiEndpoint& e) { return e.id == destination; });
     return known ? 0 : ENXIO;
   }
-  void hear(const SentMidi& sent) {
-    if (sent.bytes.size() != 3) return;
-    const int channel = sent.bytes[0] & 0x0F;
-    const int kind = sent.bytes[0] & 0xF0;
-    const auto note = std::tuple(sent.destination, channel, int{sent.bytes[1]});
-    if (kind == 0x90 && sent.bytes[2] > 0) sounding_.insert(note);
-    if (kind == 0x80 || (kind == 0x90 && sent.bytes[2] == 0)) sounding_.erase(note);
-    if (kind == 0xB0 && (sent.bytes[1] == 120 || sent.bytes[1] == 123)) {
-      std::erase_if(sounding_, [&](const auto& n) {
-        return std::get<0>(n) == sent.destination && std::get<1>(n) == channel;
-      });
-    }
-  }
-
   std::string name_;
   const Clock* clock_;
   mutable std::mutex lock_;
@@ -205,7 +194,7 @@ class RecordingTransport final : public MidiTransport {
   std::uint64_t nextId_ = 1;
   std::vector<SentMidi> sent_;
   std::vector<SentMidi> published_;
-  std::set<std::tuple<std::uint64_t, int, int>> sounding_;
+  std::map<std::uint64_t, HeardNotes> sounding_;
   std::vector<std::uint64_t> connectedSources_;
   MidiNames names_;
   MidiReaders readers_;
