@@ -201,6 +201,8 @@ int runProgram(int argc, char** argv) {
   // What opens documents and draws allocates on a few threads, the live road on none: stores of
   // freed memory for every thread would only keep it from being used again.
   mallopt(M_ARENA_MAX, 2);
+  // Pictures of a frame come and go: without a limit the allocator keeps more and more for them.
+  mallopt(M_TRIM_THRESHOLD, 1'000'000);
   if (!displayNamed()) {
     std::fputs(kNoDisplay, stderr);
     return 1;
