@@ -185,7 +185,8 @@ void ViewDocks::noteArrangement() {
   note_->stop();
   // What a document brought is not arranged yet; on full screen a view is away from its dock.
   if (display::broughtX != brought_ || stage_ != nullptr) return;
-  if (bench_.desk().busy()) {
+  // A view in somebody's hand leaves a gap that is no arrangement.
+  if (bench_.desk().busy() || dragged() != nullptr) {
     note_->start();
     return;
   }
