@@ -233,7 +233,7 @@ int runProgram(int argc, char** argv) {
   window.show();
   starting = false;
   window.start(choiceOf(parser));
-  // Styles, fonts and first pictures leave a fifth of the program's memory behind, freed.
+  // Styles, fonts and first pictures leave much memory behind that nobody uses any more.
   QTimer::singleShot(kSettled, &window,
                      [&bench] { bench.desk().post([] { malloc_trim(0); }, {}); });
   if (parser.isSet(QStringLiteral("picture")))

@@ -30,7 +30,7 @@ struct SourceChoice {
   [[nodiscard]] bool acquires() const { return kind != Kind::None; }
 };
 
-/// An engine and what feeds it. Made, opened, stepped and closed by one thread (the desk thread),
+/// An engine and what feeds it. Made, opened and closed by one thread (the desk thread),
 /// which is the main thread of everything that is documents and presets.
 class Session {
  public:
