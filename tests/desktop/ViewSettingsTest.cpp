@@ -211,6 +211,25 @@ TEST_CASE("a view in somebody's hand is put down before anything else arranges t
     QTest::qWait(20);
     CHECK(QWidget::mouseGrabber() == nullptr);
   }
+  // So is a border between two views.
+  for (std::size_t i = 0; i < 2; ++i) {
+    CAPTURE(i);
+    views.docks.arrangeDefault();
+    QTest::qWait(20);
+    const int width = dock.width();
+    const QPoint border(dock.geometry().right() + 2, dock.geometry().center().y());
+    QTest::mousePress(&views.docks, Qt::LeftButton, {}, border);
+    QTest::mouseMove(&views.docks, border - QPoint(60, 0));
+    REQUIRE(shell.waitFor([&] { return dock.width() == width - 60; }));
+    ways[i]();
+    QTest::qWait(50);
+    REQUIRE(views.noted());
+    const QByteArray arranged = views.docks.layout();
+    QTest::mouseMove(&views.docks, border - QPoint(150, 0));
+    QTest::qWait(50);
+    CHECK(views.docks.layout() == arranged);
+    QTest::mouseRelease(&views.docks, Qt::LeftButton, {}, border);
+  }
   // What a document brings waits until it is put down.
   views.docks.arrangeDefault();
   QTest::mousePress(dock.titleBarWidget(), Qt::LeftButton, {}, {5, 5});

@@ -143,15 +143,18 @@ QDockWidget* ViewDocks::dragged() const {
   return std::ranges::find(docks_, dock) != docks_.end() ? dock : nullptr;
 }
 
-/// A view that is dragged lands where it is: the toolkit does not bear that others are arranged
-/// meanwhile.
+/// A view that is dragged lands where it is, and a border between views stays where it was pulled
+/// to: the toolkit does not bear that views are arranged meanwhile.
 void ViewDocks::endDrag() {
-  QDockWidget* dock = dragged();
-  if (dock == nullptr) return;
   const QPoint place = QCursor::pos();
-  QMouseEvent release(QEvent::MouseButtonRelease, dock->mapFromGlobal(place), place, Qt::LeftButton,
+  const auto release = [place](QWidget& held) {
+    QMouseEvent event(QEvent::MouseButtonRelease, held.mapFromGlobal(place), place, Qt::LeftButton,
                       Qt::NoButton, Qt::NoModifier);
-  QApplication::sendEvent(dock, &release);
+    QCoreApplication::sendEvent(&held, &event);
+  };
+  if (QDockWidget* dock = dragged()) release(*dock);
+  // Which border is held cannot be asked; the release means nothing while none is.
+  release(*this);
 }
 
 bool ViewDocks::restoreLayout(const QByteArray& layout) {
