@@ -83,6 +83,14 @@ void AmplifierPorts::getFromModemNew(std::int32_t descriptor, std::int32_t PortN
   if (decoder_.framesStored() != before) amplifier::newestReadAt = readAt;
 }
 
+void AmplifierPorts::passOver() {
+  const std::scoped_lock guard(polling_);
+  for (Input& in : inputs_) {
+    const std::int32_t descriptor = in.descriptor;
+    if (in.open != 0 && descriptor >= 0) decoder_.passOver(readInto(descriptor, 0));
+  }
+}
+
 void AmplifierPorts::getFromModem(std::int32_t descriptor, std::int32_t PortN) {
   const std::scoped_lock guard(polling_);
   const auto bytes = readInto(descriptor, PortN);

@@ -115,6 +115,10 @@ class AmplifierPorts : public AmplifierCommands {
   /// getFromModem:PortN: one read that is decoded at once.
   void getFromModem(std::int32_t descriptor, std::int32_t PortN);
 
+  /// Takes what the open lines hold and lets it go: what comes while paused, or while a recording
+  /// is played, must not stand at the head of what is recorded next.
+  void passOver();
+
   // --- for LineGuard
   // -------------------------------------------------------------------------------
 

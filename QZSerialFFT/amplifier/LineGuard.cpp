@@ -19,6 +19,7 @@ void LineGuard::watchLines() {
     if (GapMeter* gap = ports_.gaps(port)) acquiring ? gap->missing(now) : gap->idle(now);
     if (ports_.hungUp(port)) lose(port, now);
   }
+  if (!acquiring) ports_.passOver();
 }
 
 void LineGuard::lose(std::int32_t port, std::int64_t now) {

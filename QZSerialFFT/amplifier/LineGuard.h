@@ -13,7 +13,8 @@ namespace ovka {
 
 /// Watches the open input lines: a line that hangs up or is unplugged is noticed within a quarter
 /// of a second (also while nothing is read), said in one line, closed, and opened again with its
-/// sample speed when its path is back. What is recorded stays; the missing time is counted.
+/// sample speed when its path is back. What is recorded stays; the missing time is counted. What
+/// comes while paused or playing is let go, a tick's worth at most is left of it.
 ///
 /// `tick` is called every kTick by one thread of its own: a greeting may keep it for some seconds,
 /// during which the other lines are still watched and read.

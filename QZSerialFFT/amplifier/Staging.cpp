@@ -80,6 +80,18 @@ void StreamDecoder::decodeRead(std::int32_t portN, std::span<const std::uint8_t>
   printNumberSTR(bytes);
 }
 
+void StreamDecoder::passOver(std::span<const std::uint8_t> bytes) {
+  const std::scoped_lock guard(lock_);
+  // Every byte of model 1 stands for itself.
+  if (silenced() || bytes.empty() || buffer::SelectDevice == kByteModel) return;
+  passing_ = true;
+  printNumberSTR({bufferBluetooth.data(), bufferBluetoothPoint});
+  printNumberSTR(bytes);
+  passing_ = false;
+  bufferBluetoothPoint = 0;
+  k = 0;
+}
+
 void StreamDecoder::decodePacket(std::span<const std::uint8_t> packet) {
   const std::scoped_lock guard(lock_);
   if (silenced() || packet.empty()) return;

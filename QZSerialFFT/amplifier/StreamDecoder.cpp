@@ -55,7 +55,9 @@ void StreamDecoder::printNumberSTR(std::span<const std::uint8_t> block) {
   if (!fixed && decodeStatusBlock(block)) return;
   decoding.withDecode([&](auto decode) {
     FrameWriter writer(store_);
+    const bool passing = passing_;
     const auto onFrame = [&](const std::uint8_t* frame) __attribute__((always_inline)) {
+      if (passing) return;
       writer.store(decode(frame));
       frames_ = frames_ + 1;
     };
@@ -70,7 +72,7 @@ void StreamDecoder::printNumberSTR(std::span<const std::uint8_t> block) {
 template <typename OnFrame>
 void StreamDecoder::decodeFixed(const FrameShape& shape, std::span<const std::uint8_t> block,
                                 OnFrame&& onFrame) {
-  framing_.feed(shape, block, losses_, onFrame, [](std::span<const std::uint8_t> line) {
+  framing_.feed(shape, block, losses(), onFrame, [](std::span<const std::uint8_t> line) {
     // As a line, except for the short overflow echo, which only a block of its own is.
     if (!decodeStatusLine(line)) decodeStatusBlock(line);
   });
@@ -79,12 +81,12 @@ void StreamDecoder::decodeFixed(const FrameShape& shape, std::span<const std::ui
 template <typename OnFrame>
 void StreamDecoder::decodeLines(std::span<const std::uint8_t> block, OnFrame&& onFrame) {
   assembler_.feed(
-      block, losses_, [&](std::span<const std::uint8_t> line) __attribute__((always_inline)) {
+      block, losses(), [&](std::span<const std::uint8_t> line) __attribute__((always_inline)) {
         if (mayBeStatusLine(line) && decodeStatusLine(line)) return;
         if (line.size() == SampleLine::kLineBytes) {
           onFrame(line.data());
         } else {
-          losses_.wrongLengthLines.add(1);
+          losses().wrongLengthLines.add(1);
         }
       });
 }
@@ -104,7 +106,7 @@ void StreamDecoder::decodeOldRecords(const SampleLine& decoding,
     for (std::size_t j = 0; j < decoded; ++j) storeLine(decoding, block.data() + j * kBytes);
   }
   const std::size_t begun = (block.size() + kBytes - 1) / kBytes;
-  losses_.ignoredRecords.add(static_cast<long long>(begun - decoded));
+  losses().ignoredRecords.add(static_cast<long long>(begun - decoded));
 }
 
 void StreamDecoder::printHNumber(std::span<const std::uint8_t> line) {
@@ -114,6 +116,7 @@ void StreamDecoder::printHNumber(std::span<const std::uint8_t> line) {
 }
 
 void StreamDecoder::storeLine(const SampleLine& decoding, const std::uint8_t* line) {
+  if (passing_) return;
   store_.storeFrame(decoding.decode(line));
   frames_ = frames_ + 1;
 }

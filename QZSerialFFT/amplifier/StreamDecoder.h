@@ -48,6 +48,10 @@ class StreamDecoder {
   void stageRead(std::int32_t portN, std::span<const std::uint8_t> bytes);
   /// What follows one read of `getFromModem:PortN:`, the older direct variant: decodes at once.
   void decodeRead(std::int32_t portN, std::span<const std::uint8_t> bytes);
+  /// What a read brought while nobody wanted it (paused, playing back), after whatever waits in the
+  /// staging buffer: status lines are heard and the lines followed, so that the next read goes on
+  /// where this one ends; nothing is stored, logged or counted as lost.
+  void passOver(std::span<const std::uint8_t> bytes);
   /// One Bluetooth packet: decoded at once and logged; a packet of 1024 bytes or more is dropped.
   void decodePacket(std::span<const std::uint8_t> packet);
 
@@ -103,6 +107,7 @@ class StreamDecoder {
   [[nodiscard]] static bool silenced();
   void decodeOldRecords(const SampleLine& decoding, std::span<const std::uint8_t> block);
   void storeLine(const SampleLine& decoding, const std::uint8_t* line);
+  [[nodiscard]] LossCounters& losses() noexcept { return passing_ ? unheeded_ : losses_; }
 
   SampleStore& store_;
   NotificationCenter& center_;
@@ -124,6 +129,8 @@ class StreamDecoder {
   std::size_t bufferInputSizeXN = 0;       ///< bytes of the batch logged last
   std::vector<std::uint8_t> bufferInputZ;  ///< the string-in block
   std::size_t bufferInputZN = 0;           ///< its length
+  bool passing_ = false;                   ///< inside passOver
+  LossCounters unheeded_;                  ///< of what is passed over
   std::int32_t k = 0;                      ///< reads in the batch
   bool onBuffer = false;                   ///< a batch waits to be decoded
 };

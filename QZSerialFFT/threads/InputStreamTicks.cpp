@@ -8,6 +8,7 @@
 #include "BufferVariables.h"
 #include "Print.h"
 #include "QZInputStream.h"
+#include "TickGrid.h"
 
 namespace ovka {
 namespace {
@@ -84,7 +85,7 @@ nanoseconds QZInputStream::playbackStep() {
   constexpr std::uint32_t kUsualSpeed = 120;
   // No loop holds the processor, however large the speed that was set.
   constexpr microseconds kShortest{100};
-  if (paused()) return kPausedPlaybackWait;
+  if (paused()) return kRest;
   if (!acquiring()) services_.ports.getFromPortNew();
   std::uint32_t speed = buffer::SampleSpeed;
   if (speed == 0) speed = kUsualSpeed;  // the setters refuse it; a division by it ends the process

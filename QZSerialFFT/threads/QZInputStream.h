@@ -44,10 +44,6 @@ class QZInputStream {
   /// +sharedQZInputStream: the one of this process. Defined by the engine alone.
   static QZInputStream& sharedQZInputStream();
 
-  /// How often a paused playback looks whether it goes on. Short enough to resume at once, long
-  /// enough to leave the processor alone.
-  static constexpr std::chrono::nanoseconds kPausedPlaybackWait = std::chrono::milliseconds(40);
-
   enum class ThreadKind : std::uint8_t { Timer, Loop, Once };
   struct ThreadRow;
   /// The timer that a thread made, by the row it was made from; null before.

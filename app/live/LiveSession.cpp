@@ -1,5 +1,6 @@
 #include "LiveSession.h"
 
+#include <algorithm>
 #include <system_error>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "BufferVariables.h"
 #include "CaptureSettings.h"
 #include "Signal.h"
+#include "TickGrid.h"
 
 namespace ovka {
 namespace {
@@ -35,7 +37,10 @@ LiveSession::Opened LiveSession::startAmplifier(SimulatorOptions options) {
   if (!problem.empty()) return {Problem::Port, problem};
   amplifier_ = std::make_unique<VirtualAmplifier>(options, std::move(signal));
   server_ = std::make_unique<SimulatorServer>(*amplifier_, terminal_, options.faults);
-  amplifierThreads_.loop("amplifier", [this] { return server_->serveOnce(clock_.nanoseconds()); });
+  amplifierThreads_.loop("amplifier", [this] {
+    const std::chrono::nanoseconds wait = server_->serveOnce(clock_.nanoseconds());
+    return buffer::setPauseX != 0 ? std::max(wait, kRest) : wait;
+  });
   ports_ = {terminal_.path()};
   source_ = "virtual amplifier on " + terminal_.path();
   return {};
@@ -119,6 +124,15 @@ LiveSession::Opened LiveSession::applySettings(const LiveChoice& choice) {
   return {};
 }
 
+/// While paused nothing is read, and nothing new is analysed until somebody moves the point.
+void LiveSession::restWhilePaused() {
+  threads_.restWhile({"runSecondarySerialThread:"}, [] { return buffer::setPauseX != 0; });
+  mainLoop_.restWhile([seen = std::int64_t{-1}]() mutable {
+    const std::int64_t point = buffer::ploop;
+    return std::exchange(seen, point) == point && buffer::setPauseX != 0;
+  });
+}
+
 LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
   ports_ = choice.ports;
   source_ = ports_.empty() ? std::string() : ports_.front();
@@ -128,6 +142,7 @@ LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
   if (!choice.capture.empty()) {
     if (Opened opened = startCapture(choice); opened.problem != Problem::None) return opened;
   }
+  restWhilePaused();
   engine_ = std::make_unique<Engine>(Machine{clock_, threads_, mainLoop_, space_, lines(), nullptr,
                                              choice.documents, choice.midi});
   if (Opened opened = applySettings(choice); opened.problem != Problem::None) return opened;

@@ -92,6 +92,7 @@ class LiveSession {
   [[nodiscard]] Opened startReplay(const LiveChoice& choice);
   [[nodiscard]] SerialPorts& lines();
   void watchReplay();
+  void restWhilePaused();
   [[nodiscard]] Opened applySettings(const LiveChoice& choice);
   [[nodiscard]] Opened openPorts();
   [[nodiscard]] Opened openRememberedPort(const LiveChoice& choice);

@@ -6,6 +6,7 @@
 #include "BufferVariables.h"
 #include "DocumentVariables.h"
 #include "MappingVariables.h"
+#include "TickGrid.h"
 
 namespace ovka {
 

@@ -65,10 +65,6 @@ struct MappingAction {
 class MidiMapping : public MidiForwarding {
  public:
   static constexpr std::chrono::milliseconds kTick{1};
-  /// Between looks while nothing may sound, or nothing is on, and nothing is left to end: a
-  /// thousand ticks a second are most of what a paused program costs. Nobody hears whether the
-  /// music goes on this much later.
-  static constexpr std::chrono::milliseconds kRest{50};
 
   virtual ~MidiMapping() = default;
 
@@ -76,8 +72,9 @@ class MidiMapping : public MidiForwarding {
   /// sent, and the first such tick ends every sounding note; else the set-ups that are due play.
   void timerUpdate();
   /// runMIDIbandThread: (and its like of the other mapping) the thread of the mapping: a tick every
-  /// millisecond on a fixed grid, kRest apart while it rests. `after` is called after each, with
-  /// the tick's thread. The clock outlives the thread.
+  /// millisecond on a fixed grid, kRest apart while nothing may sound, or nothing is on, and
+  /// nothing is left to end. `after` is called after each, with the tick's thread. The clock
+  /// outlives the thread.
   void runThread(ThreadLauncher& launcher, const Clock& clock, std::string_view name,
                  std::function<void()> after = {});
 

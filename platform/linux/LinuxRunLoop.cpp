@@ -101,8 +101,9 @@ void LinuxRunLoop::runTimers() {
   for (const auto& timer : due) {
     if (stopped_.load()) return;
     timer->tick();
+    const bool rests = resting_ && resting_();
     const std::scoped_lock guard(lock_);
-    timer->due = nextOnGrid(timer->due, timer->interval, now());
+    timer->due = nextOnGrid(timer->due, timer->interval, now(), rests);
   }
 }
 

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "RunLoop.h"
@@ -31,6 +32,10 @@ class LinuxRunLoop final : public RunLoop {
   /// Ends run() after the callback that runs now; a later run() returns at once. Any thread, also
   /// from a signal handler.
   void stop() noexcept;
+
+  /// Timers tick only every kRest, on their grid, while `resting`; it is asked after each tick. Before
+  /// run().
+  void restWhile(std::function<bool()> resting) { resting_ = std::move(resting); }
 
   void addTimer(std::chrono::nanoseconds interval, std::function<void()> tick) override;
   Source addSource(std::function<void()> perform) override;
@@ -56,6 +61,7 @@ class LinuxRunLoop final : public RunLoop {
 
   int wakeDescriptor_ = -1;
   std::atomic<bool> stopped_{false};
+  std::function<bool()> resting_;
   std::mutex lock_;  // guards what follows; never held while a callback runs
   std::condition_variable performed_;
   std::vector<std::shared_ptr<Timer>> timers_;

@@ -70,13 +70,20 @@ void LinuxThreadLauncher::start(std::string_view name, std::function<void()> bod
   }
 }
 
+void LinuxThreadLauncher::restWhile(std::vector<std::string_view> names,
+                                    std::function<bool()> resting) {
+  resters_ = std::move(names);
+  resting_ = std::move(resting);
+}
+
 void LinuxThreadLauncher::repeat(std::string_view name, nanoseconds interval,
                                  std::function<void()> tick) {
-  start(name, [this, interval, tick = std::move(tick)] {
+  const bool rests = std::ranges::find(resters_, name) != resters_.end();
+  start(name, [this, interval, tick = std::move(tick), rests] {
     std::int64_t due = now() + interval.count();
     while (sleepUntil(at(due))) {
       tick();
-      due = nextOnGrid(due, interval.count(), now());
+      due = nextOnGrid(due, interval.count(), now(), rests && resting_());
     }
   });
 }

@@ -30,6 +30,10 @@ class LinuxThreadLauncher final : public ThreadLauncher {
   LinuxThreadLauncher(const LinuxThreadLauncher&) = delete;
   LinuxThreadLauncher& operator=(const LinuxThreadLauncher&) = delete;
 
+  /// Timers of these names tick only every kRest, on their grid, while `resting`. It is asked after
+  /// each tick, on their threads. Before the first thread starts.
+  void restWhile(std::vector<std::string_view> names, std::function<bool()> resting);
+
   void repeat(std::string_view name, std::chrono::nanoseconds interval,
               std::function<void()> tick) override;
   void loop(std::string_view name, std::function<std::chrono::nanoseconds()> step) override;
@@ -50,6 +54,8 @@ class LinuxThreadLauncher final : public ThreadLauncher {
   [[nodiscard]] bool sleepUntil(std::chrono::steady_clock::time_point due);
 
   const std::vector<std::string_view> urgent_;
+  std::vector<std::string_view> resters_;
+  std::function<bool()> resting_;
   std::mutex lock_;  // guards what follows
   std::condition_variable wake_;
   bool stopping_ = false;

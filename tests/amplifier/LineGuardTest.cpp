@@ -92,6 +92,25 @@ TEST_CASE("a hang-up is noticed while paused, whose time is not missing") {
   CHECK(bench.losses.gapPoints.get() == 1000);
 }
 
+TEST_CASE("what comes while nobody records is let go, and the next read goes on behind it") {
+  GuardBench bench;
+  amplifier::FixedFramingX = 1;  // the other way loses the lines that a block border cuts
+  const std::int64_t before = buffer::ploop;
+  bench.device.input = {"900 900 9"};  // waits in the batch
+  bench.ports.getFromPortNew();
+  buffer::setPauseX = 1;
+  bench.device.input = {"00 900\rA00 A00 A00 A00\rB00 B00 B"};
+  bench.ticks(2);
+  buffer::setPauseX = 0;
+  bench.device.input = {"00 B00\r", "C00 C00 C00 C00\r", "D00 D00 D00 D00\r", "E00 E00 E00 E00\r"};
+  for (int i = 0; i < 4; ++i) bench.ports.getFromPortNew();
+  CHECK(buffer::ploop == before + 4);
+  for (const LossCause& cause : kLossCauses) {
+    CAPTURE(cause.text);
+    CHECK((bench.losses.*cause.count).get() == 0);
+  }
+}
+
 TEST_CASE("an amplifier that is back but silent is tried again without a word") {
   GuardBench bench;
   bench.goAway();

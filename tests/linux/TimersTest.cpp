@@ -14,6 +14,7 @@
 #include "LinuxClock.h"
 #include "LinuxRunLoop.h"
 #include "LinuxThreadLauncher.h"
+#include "TickGrid.h"
 #include "UrgentThread.h"
 
 using namespace std::chrono_literals;
@@ -45,6 +46,30 @@ TEST_CASE(
   for (std::size_t k = 0; k < ticks.size(); ++k) {
     CHECK(ticks[k] - start >= static_cast<int>(k + 1) * 20ms);
   }
+}
+
+TEST_CASE("what may rest ticks seldom, on its grid, and goes on where it is woken") {
+  std::atomic<bool> paused{true};
+  std::atomic<int> rested{0};
+  std::atomic<int> steady{0};
+  std::atomic<int> looped{0};
+  ovka::LinuxThreadLauncher launcher;
+  launcher.restWhile({"rests"}, [&] { return paused.load(); });
+  launcher.repeat("rests", 5ms, [&] { ++rested; });
+  launcher.repeat("steady", 5ms, [&] { ++steady; });
+  ovka::LinuxRunLoop loop;
+  loop.restWhile([&] { return paused.load(); });
+  loop.addTimer(5ms, [&] { ++looped; });
+  const auto start = steady_clock::now();
+  std::thread main([&] { loop.run(); });
+  while (steady < 100) std::this_thread::sleep_for(1ms);
+  const auto most = static_cast<int>((steady_clock::now() - start) / ovka::kRest) + 1;
+  CHECK(rested <= most);
+  CHECK(looped <= most);
+  paused = false;
+  while (rested < 100 || looped < 100) std::this_thread::sleep_for(1ms);
+  loop.stop();
+  main.join();
 }
 
 TEST_CASE("an urgent thread goes before usual ones, where this user may ask for that") {
