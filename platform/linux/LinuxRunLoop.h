@@ -33,8 +33,8 @@ class LinuxRunLoop final : public RunLoop {
   /// from a signal handler.
   void stop() noexcept;
 
-  /// Timers tick only every kRest, on their grid, while `resting`; it is asked after each tick. Before
-  /// run().
+  /// Timers tick only every kRest, on their grid, while `resting`; it is asked after each tick.
+  /// Before run().
   void restWhile(std::function<bool()> resting) { resting_ = std::move(resting); }
 
   void addTimer(std::chrono::nanoseconds interval, std::function<void()> tick) override;
