@@ -15,6 +15,7 @@
 #include "SetMIDIVariables.h"
 #include "SetMIDIbandVariables.h"
 #include "ThreadVariables.h"
+#include "TickGrid.h"
 
 namespace ovka {
 namespace {
@@ -97,8 +98,9 @@ std::string Engine::start() {
 /// The performance profile reads far more often than the system's own poll, which goes on as ever.
 std::chrono::nanoseconds Engine::performancePoll() {
   constexpr std::chrono::milliseconds kPoll{2};
-  constexpr std::chrono::milliseconds kIdle{50};
+  constexpr std::chrono::milliseconds kIdle{250};
   if (buffer::PerformanceProfileX == 0) return kIdle;
+  if (buffer::setPauseX != 0) return kRest;
   inputStream_.timerUpdate();
   return kPoll;
 }

@@ -7,6 +7,7 @@
 #include "ScrubBar.h"
 #include "SetupWindow.h"
 #include "ShellFixture.h"
+#include "TransportRow.h"
 
 using namespace ovka;
 using namespace ovka::desktop;
@@ -59,7 +60,7 @@ TEST_CASE("the row of recording: live, record, pause, stop, play, live") {
 
   REQUIRE(recordSome(shell));
   QTest::qWait(200);
-  CHECK(row.record->text() == "Stop");
+  CHECK(row.record->accessibleName() == "Stop");
   CHECK(recorder.unsaved());
   CHECK(buffer::setLoopModeX == 0);
 
@@ -68,7 +69,7 @@ TEST_CASE("the row of recording: live, record, pause, stop, play, live") {
   const std::int64_t held = buffer::ploop;
   QTest::qWait(300);
   CHECK(buffer::ploop == held);
-  CHECK(row.pause->text() == "Resume");
+  CHECK(row.pause->accessibleName() == "Resume");
   row.pause->click();
   REQUIRE(shell.waitFor([&] { return buffer::ploop > held; }));
 
@@ -77,7 +78,7 @@ TEST_CASE("the row of recording: live, record, pause, stop, play, live") {
   const std::int64_t end = recorder.end();
   QTest::qWait(200);
   CHECK(buffer::ploop == end);
-  CHECK(row.pause->text() == "Play");
+  CHECK(row.pause->accessibleName() == "Play");
   recorder.seek(end / 2);
   REQUIRE(shell.waitFor([&] { return buffer::ploop == end / 2; }));
   CHECK(recorder.end() == end);
@@ -121,6 +122,41 @@ TEST_CASE("the row of recording: live, record, pause, stop, play, live") {
   REQUIRE(reaches(shell, RecordState::Live));
   CHECK_FALSE(recorder.unsaved());
   CHECK(shell.waitFor([] { return buffer::ploop > 0; }));
+}
+
+TEST_CASE("the row gives words away before it cuts anything, and takes them back") {
+  ShellFixture shell(SourceChoice::Kind::Demo);
+  RowButtons row(shell);
+  shell.window.show();
+  auto* transport = shell.window.findChild<TransportRow*>();
+  const auto fits = [&](int width) {
+    CAPTURE(width);
+    shell.window.resize(width, 600);
+    QTest::qWait(50);
+    CHECK(shell.window.width() == width);
+    for (QWidget* each : transport->findChildren<QWidget*>()) {
+      if (!each->isVisibleTo(transport)) continue;
+      const QRect place(each->mapTo(transport, QPoint()), each->size());
+      CAPTURE(each->objectName().toStdString());
+      CHECK(transport->rect().contains(place));
+      if (auto* button = qobject_cast<QAbstractButton*>(each)) {
+        CHECK(place.width() >= button->minimumSizeHint().width());
+        CHECK_FALSE(button->accessibleName().isEmpty());
+      }
+    }
+  };
+  for (const RecordState state : {RecordState::Live, RecordState::Recording, RecordState::Review}) {
+    CAPTURE(stateText(state).toStdString());
+    if (state == RecordState::Recording) REQUIRE(recordSome(shell));
+    if (state == RecordState::Review) row.record->click();
+    REQUIRE(reaches(shell, state));
+    QTest::qWait(150);
+    fits(960);  // half of a usual screen
+    CHECK(row.record->text().isEmpty());
+    fits(1400);
+    CHECK(row.record->text() == row.record->accessibleName());
+    CHECK(shell.window.findChild<QPushButton*>("music")->text() == "Music");
+  }
 }
 
 TEST_CASE("the question about an unsaved recording: cancel, save, discard") {

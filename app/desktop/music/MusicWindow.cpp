@@ -4,10 +4,10 @@
 #include <QListWidget>
 #include <QScrollArea>
 #include <QStackedWidget>
-#include <QTimer>
 
 #include "BandPage.h"
 #include "PortsPage.h"
+#include "ShownTimer.h"
 #include "SinglePage.h"
 #include "SynthPage.h"
 
@@ -56,11 +56,7 @@ MusicWindow::MusicWindow(Workbench& bench, MusicFace& music, QWidget* parent)
   });
   for (SetupsPage* page : {static_cast<SetupsPage*>(bands_), static_cast<SetupsPage*>(singles_)})
     connect(page, &SetupsPage::controllersWanted, this, [this] { showPage(MusicPage::Ports); });
-  auto* timer = new QTimer(this);
-  connect(timer, &QTimer::timeout, this, [this] {
-    if (isVisible()) refresh();
-  });
-  timer->start(kTick);
+  new ShownTimer(this, kTick, [this] { refresh(); });
   list_->setCurrentRow(0);
 }
 

@@ -11,7 +11,6 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QTableWidget>
-#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <memory>
@@ -23,6 +22,7 @@
 #include "QuietLabel.h"
 #include "SetupPages.h"
 #include "SetupWindow.h"
+#include "ShownTimer.h"
 
 namespace ovka::desktop {
 namespace {
@@ -142,9 +142,7 @@ AnnotationList::AnnotationList(Workbench& bench)
   });
   auto* remove = button(QStringLiteral("Remove"), QStringLiteral("Removes the chosen notes."));
   connect(remove, &QPushButton::clicked, this, [this] { removeChosen(); });
-  auto* timer = new QTimer(this);
-  connect(timer, &QTimer::timeout, this, [this] { look(); });
-  timer->start(100);
+  new ShownTimer(this, 100, [this] { look(); });
   QVBoxLayout* column = columnOf(this);
   column->addWidget(field_);
   column->addWidget(table_);
@@ -153,7 +151,7 @@ AnnotationList::AnnotationList(Workbench& bench)
 }
 
 void AnnotationList::look() {
-  if (bench_.engine() == nullptr || !isVisible()) return;
+  if (bench_.engine() == nullptr) return;
   // An editor that is open stays open.
   const QWidget* focus = QApplication::focusWidget();
   if (focus != nullptr && table_->viewport()->isAncestorOf(focus)) return;

@@ -4,7 +4,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
-#include <QTimer>
 #include <memory>
 #include <system_error>
 
@@ -14,6 +13,7 @@
 #include "QuietLabel.h"
 #include "SetupLists.h"
 #include "SetupWindow.h"
+#include "ShownTimer.h"
 
 namespace ovka::desktop {
 namespace {
@@ -79,11 +79,9 @@ QString journalState(Workbench& bench) {
 QWidget* makeJournal(Workbench& bench) {
   QLabel* label = quietLabel(journalState(bench));
   label->setObjectName(QStringLiteral("journal"));
-  auto* look = new QTimer(label);
-  QObject::connect(look, &QTimer::timeout, label, [&bench, label] {
-    if (bench.engine() != nullptr && label->isVisible()) label->setText(journalState(bench));
+  new ShownTimer(label, 500, [&bench, label] {
+    if (bench.engine() != nullptr) label->setText(journalState(bench));
   });
-  look->start(500);
   return label;
 }
 

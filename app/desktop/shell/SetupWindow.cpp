@@ -12,7 +12,6 @@
 #include <QScrollArea>
 #include <QSignalBlocker>
 #include <QStackedWidget>
-#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -22,6 +21,7 @@
 #include "NumberBox.h"
 #include "PresetSwitches.h"
 #include "SetupPages.h"
+#include "ShownTimer.h"
 
 namespace ovka::desktop {
 namespace {
@@ -67,11 +67,7 @@ SetupWindow::SetupWindow(Workbench& bench, DocumentFace& documents, QWidget* par
   connect(list_, &QListWidget::currentRowChanged, pages_, &QStackedWidget::setCurrentIndex);
   connect(&bench_, &Workbench::engineChanged, this, &SetupWindow::rebuild);
   connect(&bench_, &Workbench::changed, this, &SetupWindow::refresh);
-  auto* timer = new QTimer(this);
-  connect(timer, &QTimer::timeout, this, [this] {
-    if (isVisible()) refresh();
-  });
-  timer->start(250);
+  new ShownTimer(this, 250, [this] { refresh(); });
   rebuild();
   list_->setCurrentRow(0);
 }

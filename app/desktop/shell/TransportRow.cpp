@@ -4,6 +4,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QResizeEvent>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -77,6 +78,7 @@ TransportRow::TransportRow(Workbench& bench, QWidget* parent)
   connect(panic_, &QPushButton::clicked, this, &TransportRow::panicPressed);
   row->addWidget(panic_);
   listSources();
+  furnish(Room::Words);
   applyLook();
 }
 
@@ -116,12 +118,11 @@ QWidget* TransportRow::makeClock() {
   row->setContentsMargins(look::kGrid, 0, 0, 0);
   row->setSpacing(2 * look::kGrid);
   clock_->setObjectName(QStringLiteral("clock"));
-  clock_->setFont(look::font(look::Type::Figure));
   clock_->setAccessibleName(QStringLiteral("Elapsed time"));
-  clock_->setMinimumWidth(clock_->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00")));
   clock_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   state_->setObjectName(QStringLiteral("state"));
   state_->setFont(look::font(look::Type::Strong));
+  state_->setMinimumWidth(state_->fontMetrics().horizontalAdvance(QStringLiteral("Recording ")));
   left_->setObjectName(QStringLiteral("left"));
   left_->setProperty("quiet", true);
   left_->setMinimumWidth(
@@ -141,6 +142,8 @@ void TransportRow::applyLook() {
   dressed_ = false;
   panic_->setFont(look::font(look::Type::Strong));
   refresh();
+  least_ = 0;
+  fit();
 }
 
 void TransportRow::refresh() {
@@ -166,19 +169,18 @@ void TransportRow::refreshButtons(RecordState state) {
   const look::Colors colors = look::colors(theme);
   const bool running = state == RecordState::Recording || state == RecordState::Paused;
   record_->setChecked(running);
-  record_->setText(running ? QStringLiteral("Stop") : QStringLiteral("Record"));
+  name(record_, running ? QStringLiteral("Stop") : QStringLiteral("Record"));
   record_->setIcon(look::icon(running ? QStringLiteral("stop") : QStringLiteral("record"),
                               running ? QColor(Qt::white) : colors.record));
   record_->setEnabled(bench_.recorder().acquires());
   const bool standing = state == RecordState::Review || state == RecordState::Playing;
   const bool goesOn = state == RecordState::Paused || state == RecordState::Review;
   pause_->setEnabled(running || standing);
-  pause_->setText(state == RecordState::Paused   ? QStringLiteral("Resume")
-                  : state == RecordState::Review ? QStringLiteral("Play")
-                                                 : QStringLiteral("Pause"));
+  name(pause_, state == RecordState::Paused   ? QStringLiteral("Resume")
+               : state == RecordState::Review ? QStringLiteral("Play")
+                                              : QStringLiteral("Pause"));
   pause_->setIcon(
       look::icon(goesOn ? QStringLiteral("play") : QStringLiteral("pause"), theme.text));
-  pause_->setAccessibleName(pause_->text());
   loop_->setIcon(look::icon(QStringLiteral("loop"), theme.text));
   live_->setIcon(look::icon(QStringLiteral("live"), theme.text));
   music_->setIcon(look::icon(QStringLiteral("note"), theme.text));
@@ -192,6 +194,53 @@ void TransportRow::refreshButtons(RecordState state) {
   state_->setStyleSheet(
       QStringLiteral("color: %1").arg(palette.color(QPalette::WindowText).name()));
   state_->setText(state == RecordState::Live ? QStringLiteral("Live") : stateText(state));
+  fit();
+}
+
+void TransportRow::name(QPushButton* button, const QString& word) {
+  button->setAccessibleName(word);
+  const bool often = button == record_ || button == pause_;
+  button->setText(room_ == Room::Words || (often && room_ == Room::FewWords) ? word : QString());
+}
+
+void TransportRow::furnish(Room room) {
+  room_ = room;
+  for (QPushButton* button : {record_, pause_, loop_, live_, music_})
+    name(button, button->accessibleName());
+  record_->setMinimumWidth(room == Room::Signs ? 0 : 112);
+  pause_->setMinimumWidth(room == Room::Signs ? 0 : 96);
+  sources_->setMinimumWidth(room == Room::Words ? 210 : room == Room::FewWords ? 150 : 116);
+  left_->setVisible(room != Room::Signs);
+  QFont figures = look::font(look::Type::Figure);
+  if (room == Room::Signs) figures.setPointSizeF(figures.pointSizeF() * 0.75);
+  clock_->setFont(figures);
+  clock_->setMinimumWidth(clock_->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00")));
+  layout()->setSpacing(room == Room::Signs ? look::kGrid : 2 * look::kGrid);
+  // Sizes are asked for before the event that would tell the layouts of the parts.
+  for (QLayout* each : findChildren<QLayout*>()) {
+    each->invalidate();
+    if (each->parentWidget() != this) each->parentWidget()->updateGeometry();
+  }
+  layout()->invalidate();
+}
+
+/// The most words that there is room for.
+void TransportRow::fit() {
+  for (const Room room : kRooms) {
+    if (room != room_) furnish(room);
+    if (layout()->minimumSize().width() <= width()) return;
+  }
+  least_ = layout()->minimumSize().width();
+  updateGeometry();
+}
+
+void TransportRow::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  if (event->oldSize().width() != event->size().width()) fit();
+}
+
+QSize TransportRow::minimumSizeHint() const {
+  return {least_, QWidget::minimumSizeHint().height()};
 }
 
 void TransportRow::refreshClock(RecordState state) {

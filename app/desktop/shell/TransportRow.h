@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <QWidget>
+#include <array>
 #include <cstdint>
 #include <functional>
 
@@ -33,6 +34,9 @@ class TransportRow final : public QWidget {
   /// Takes over the colours of the theme.
   void applyLook();
 
+  /// Words go before anything else does: half a screen is enough.
+  [[nodiscard]] QSize minimumSizeHint() const override;
+
  Q_SIGNALS:
   void sourceChosen(const ovka::desktop::SourceChoice& choice);
   void captureWanted();
@@ -45,7 +49,17 @@ class TransportRow final : public QWidget {
   void performWanted(const QString& selector, int sender);
   void musicPressed();
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private:
+  /// How much room there is: all words, signs for what is seldom pressed, signs alone.
+  enum class Room : std::uint8_t { Words, FewWords, Signs };
+  static constexpr std::array kRooms{Room::Words, Room::FewWords, Room::Signs};
+
+  void fit();
+  void furnish(Room room);
+  void name(QPushButton* button, const QString& word);
   void chooseSource(int index);
   [[nodiscard]] QWidget* makeSource();
   [[nodiscard]] QWidget* makeLine();
@@ -81,6 +95,8 @@ class TransportRow final : public QWidget {
   std::uint64_t midiSeen_ = 0;
   int midiGlow_ = 0;
   RecordState shown_ = RecordState::NoInput;
+  Room room_ = Room::Words;
+  int least_ = 0;  ///< px that signs alone need; 0: that was never little enough
   bool dressed_ = false;
 };
 

@@ -45,6 +45,7 @@ QWidget* TransportRow::makeSource() {
   sources_->setMaximumWidth(280);
   sources_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   start_->setObjectName(QStringLiteral("start"));
+  start_->setAccessibleName(start_->text());
   start_->setMinimumHeight(40);
   start_->setFocusPolicy(Qt::TabFocus);
   sources_->setFocusPolicy(Qt::TabFocus);
