@@ -15,6 +15,8 @@ namespace ovka {
 /// Which MIDI systems and sounds a session uses.
 struct LiveMidiChoice {
   std::string systems = "auto";  ///< one of kMidiChoices
+  /// "auto" finds no system: all of them are kept, so that restarting MIDI finds one that comes.
+  bool waits = false;
   bool synthesizer = true;
   SynthesizerSettings sound{};
 };

@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "LiveMidi.h"
 #include "MidiGrounds.h"
 
 namespace {
@@ -144,6 +145,30 @@ TEST_CASE("JACK: the guard ends what sounds when the player dies") {
 }
 TEST_CASE("ALSA: the guard ends what sounds when the player dies") {
   guardEndsNotes(alsaGround());
+}
+
+TEST_CASE("where no system is there, one that comes later is found when MIDI is restarted") {
+  Ground ground{"JACK", ":", "", std::make_unique<JackServer>(false)};
+  ovka::LiveMidi midi;
+  ovka::LiveMidiChoice choice;
+  choice.waits = true;
+  choice.synthesizer = false;
+  const auto& transports = midi.choose(choice).transports;
+  if (midi.systems()[0].available || midi.systems()[1].available) {
+    CHECK(transports.size() == 1);
+    std::printf("skipped: a MIDI system is there already\n");
+    return;
+  }
+  REQUIRE(transports.size() == midi.systems().size());
+  if (!ground.server->start()) {
+    std::printf("skipped: no jackd on this machine (package jackd2)\n");
+    return;
+  }
+  ovka::MidiTransport& jack = *transports[1];
+  CHECK_FALSE(jack.connected());
+  CHECK(jack.open({}, {}) == 0);
+  CHECK(jack.connected());
+  jack.close();
 }
 
 TEST_CASE("a system that is not there says what to do") {

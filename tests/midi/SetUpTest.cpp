@@ -128,6 +128,13 @@ TEST_CASE("restart: offs first, then everything anew on the same port numbers") 
   CHECK(b.synthesizer.sounding().empty());
   CHECK(!e.onRecord(60, 0, 0, 0));
   CHECK(e.portNames()[1] == "B");
+  // One that could not be opened gets another chance.
+  b.transport.openResult = ENOENT;
+  e.restart();
+  b.transport.openResult = 0;
+  e.restart();
+  CHECK(e.portNames()[1] == "B");
+  CHECK(b.printed.take().find("Error opening recording - ") != std::string::npos);
   // Set-ups 0 to 7 forgot their last notes, 8 to 127 keep them.
   static_cast<void>(b.sent());
   e.MidiOutOffOn(63, 1, 0, 0, 0, 0, 0);

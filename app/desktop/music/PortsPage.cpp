@@ -268,10 +268,10 @@ void PortsPage::refresh() {
                        QString::fromStdString(each.subject).toHtmlEscaped(),
                        QString::fromStdString(each.text).toHtmlEscaped());
       if (!each.mend.empty())
-        text += QStringLiteral(
-                    "<br>&nbsp;&nbsp;&nbsp;&nbsp;to mend it: <code>%1</code>, then start "
-                    "this program again")
-                    .arg(QString::fromStdString(each.mend).toHtmlEscaped());
+        text += QStringLiteral("<br>&nbsp;&nbsp;&nbsp;&nbsp;to mend it: <code>%1</code>, then %2")
+                    .arg(QString::fromStdString(each.mend).toHtmlEscaped(),
+                         each.again ? QStringLiteral("<i>Look again</i>")
+                                    : QStringLiteral("start this program again"));
       text += QStringLiteral("</div>");
     }
   }

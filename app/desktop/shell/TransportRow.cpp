@@ -228,15 +228,23 @@ void TransportRow::furnish(Room room) {
 void TransportRow::fit() {
   for (const Room room : kRooms) {
     if (room != room_) furnish(room);
-    if (layout()->minimumSize().width() <= width()) return;
+    needs_ = layout()->minimumSize().width();
+    if (needs_ <= width()) return;
   }
-  least_ = layout()->minimumSize().width();
+  least_ = needs_;
   updateGeometry();
 }
 
 void TransportRow::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   if (event->oldSize().width() != event->size().width()) fit();
+}
+
+/// A part became wider or narrower; what fit() itself changes is known.
+bool TransportRow::event(QEvent* event) {
+  const bool done = QWidget::event(event);
+  if (event->type() == QEvent::LayoutRequest && layout()->minimumSize().width() != needs_) fit();
+  return done;
 }
 
 QSize TransportRow::minimumSizeHint() const {

@@ -51,6 +51,7 @@ class TransportRow final : public QWidget {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  bool event(QEvent* event) override;
 
  private:
   /// How much room there is: all words, signs for what is seldom pressed, signs alone.
@@ -96,6 +97,7 @@ class TransportRow final : public QWidget {
   int midiGlow_ = 0;
   RecordState shown_ = RecordState::NoInput;
   Room room_ = Room::Words;
+  int needs_ = 0;  ///< px that the present room takes
   int least_ = 0;  ///< px that signs alone need; 0: that was never little enough
   bool dressed_ = false;
 };

@@ -10,6 +10,7 @@ LiveMusic::LiveMusic(std::string systems) : choice_(std::move(systems)) {}
 void LiveMusic::look() {
   LiveMidiChoice choice;
   choice.systems = choice_;
+  choice.waits = true;
   choice.sound = sound();
   static_cast<void>(midi_.choose(choice));
   std::vector<MusicFinding> found;
@@ -19,7 +20,7 @@ void LiveMusic::look() {
                      !system.available ? system.trouble.reason
                      : used            ? "in use"
                                        : "there, not in use",
-                     system.trouble.mend});
+                     system.trouble.mend, used});
   }
   if (const int problem = midi_.guardProblem(); problem != 0)
     found.push_back(
@@ -36,6 +37,12 @@ std::vector<MusicFinding> LiveMusic::findings() const {
     all = systems_;
   }
   if (all.empty()) return all;
+  // One that was missing may have come.
+  for (std::size_t i = 0; i < midi_.systems().size(); ++i) {
+    const MidiSystem& system = midi_.systems()[i];
+    if (all[i].there || system.transport == nullptr || !system.transport->connected()) continue;
+    all[i] = {system.name, true, "in use", ""};
+  }
   const FluidSynthesizer* synthesizer = midi_.synthesizer();
   if (synthesizer == nullptr) return all;
   const bool sounds = synthesizer->started();

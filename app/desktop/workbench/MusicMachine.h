@@ -13,8 +13,9 @@ namespace ovka::desktop {
 struct MusicFinding {
   std::string subject;  ///< "ALSA sequencer", "synthesizer"
   bool there = false;
-  std::string text;  ///< what was found or what is wrong
-  std::string mend;  ///< the command or step that mends it; empty: nothing must be mended
+  std::string text;    ///< what was found or what is wrong
+  std::string mend;    ///< the command or step that mends it; empty: nothing must be mended
+  bool again = false;  ///< restarting MIDI finds it then, else only a new start of the program
 };
 
 /// The music of this machine as the windows know it: what sessions play on, what is missing, how
