@@ -61,10 +61,10 @@ MusicWindow::MusicWindow(Workbench& bench, MusicFace& music, QWidget* parent)
 }
 
 void MusicWindow::showPage(MusicPage page) {
+  list_->setCurrentRow(static_cast<int>(page));
   show();
   // What was laid out before it had its looks is laid out anew.
   list_->doItemsLayout();
-  list_->setCurrentRow(static_cast<int>(page));
   raise();
   activateWindow();
   refresh();

@@ -73,10 +73,10 @@ SetupWindow::SetupWindow(Workbench& bench, DocumentFace& documents, QWidget* par
 }
 
 void SetupWindow::showPage(SetupPage page) {
+  list_->setCurrentRow(static_cast<int>(page));
   show();
   // What was laid out before it had its looks is laid out anew.
   list_->doItemsLayout();
-  list_->setCurrentRow(static_cast<int>(page));
   raise();
   activateWindow();
 }
