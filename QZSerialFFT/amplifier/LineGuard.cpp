@@ -1,25 +1,38 @@
 #include "LineGuard.h"
 
+#include <utility>
+
+#include "AmplifierVariables.h"
 #include "BufferVariables.h"
 #include "Print.h"
 
 namespace ovka {
 
+namespace {
+
+bool acquiring() {
+  return buffer::setPauseX == 0 && buffer::setRecModeX != 0;
+}
+
+}  // namespace
+
 using LineState = AmplifierPorts::LineState;
 
 void LineGuard::tick() {
   watchLines();
+  // A save pauses, too, and what comes meanwhile belongs to the recording: only what is at rest for
+  // two ticks is.
+  const bool atRest = !acquiring() && amplifier::setNoPortAccess == 0;
+  if (std::exchange(atRest_, atRest) && atRest) ports_.passOver();
   for (std::int32_t port = 1; port <= AmplifierPorts::kInputs; ++port) reopen(port);
 }
 
 void LineGuard::watchLines() {
   const std::int64_t now = clock_.nanoseconds();
-  const bool acquiring = buffer::setPauseX == 0 && buffer::setRecModeX != 0;
   for (std::int32_t port = 1; port <= AmplifierPorts::kInputs; ++port) {
-    if (GapMeter* gap = ports_.gaps(port)) acquiring ? gap->missing(now) : gap->idle(now);
+    if (GapMeter* gap = ports_.gaps(port)) acquiring() ? gap->missing(now) : gap->idle(now);
     if (ports_.hungUp(port)) lose(port, now);
   }
-  if (!acquiring) ports_.passOver();
 }
 
 void LineGuard::lose(std::int32_t port, std::int64_t now) {

@@ -42,6 +42,7 @@ class LineGuard {
   LossCounters& losses_;
   Clock& clock_;
   std::array<Watch, AmplifierPorts::kInputs> watches_;
+  bool atRest_ = false;  ///< nobody wanted samples at the last tick
 };
 
 }  // namespace ovka

@@ -105,6 +105,14 @@ TEST_CASE("what comes while nobody records is let go, and the next read goes on 
   bench.device.input = {"00 B00\r", "C00 C00 C00 C00\r", "D00 D00 D00 D00\r", "E00 E00 E00 E00\r"};
   for (int i = 0; i < 4; ++i) bench.ports.getFromPortNew();
   CHECK(buffer::ploop == before + 4);
+  // What comes during a save is recorded after it, wherever the ticks fall.
+  buffer::setPauseX = 1;
+  amplifier::setNoPortAccess = 1;
+  bench.device.input = {"800 800 800 800\r"};
+  bench.ticks(2);
+  amplifier::setNoPortAccess = 0;
+  bench.ticks(1);
+  CHECK(bench.device.input.size() == 1);
   for (const LossCause& cause : kLossCauses) {
     CAPTURE(cause.text);
     CHECK((bench.losses.*cause.count).get() == 0);
