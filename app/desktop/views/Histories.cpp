@@ -52,7 +52,8 @@ void SpectrumRows::layOut(const Frame& frame) {
   binsPerValue_ = (bins + kMaxWidth - 1) / kMaxWidth;
   width_ = (bins + binsPerValue_ - 1) / binsPerValue_;
   valueWidth_ = frame.binWidth * static_cast<double>(binsPerValue_);
-  for (std::vector<float>& rows : rows_) rows.clear();
+  // Room for the widest rows ever shown would be 59 MB, kept for good.
+  for (std::vector<float>& rows : rows_) rows = {};
   forget();
 }
 
