@@ -134,6 +134,7 @@ void LiveSession::restWhilePaused() {
 }
 
 LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
+  restWhilePaused();
   ports_ = choice.ports;
   source_ = ports_.empty() ? std::string() : ports_.front();
   if (!choice.replay.empty()) {
@@ -142,7 +143,6 @@ LiveSession::Opened LiveSession::open(const LiveChoice& choice) {
   if (!choice.capture.empty()) {
     if (Opened opened = startCapture(choice); opened.problem != Problem::None) return opened;
   }
-  restWhilePaused();
   engine_ = std::make_unique<Engine>(Machine{clock_, threads_, mainLoop_, space_, lines(), nullptr,
                                              choice.documents, choice.midi});
   if (Opened opened = applySettings(choice); opened.problem != Problem::None) return opened;

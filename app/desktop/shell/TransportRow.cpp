@@ -8,6 +8,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "BufferVariables.h"
 #include "Look.h"
@@ -228,10 +229,9 @@ void TransportRow::furnish(Room room) {
 void TransportRow::fit() {
   for (const Room room : kRooms) {
     if (room != room_) furnish(room);
-    needs_ = layout()->minimumSize().width();
-    if (needs_ <= width()) return;
+    if (layout()->minimumSize().width() <= width()) return;
   }
-  least_ = needs_;
+  least_ = layout()->minimumSize().width();
   updateGeometry();
 }
 
@@ -240,10 +240,12 @@ void TransportRow::resizeEvent(QResizeEvent* event) {
   if (event->oldSize().width() != event->size().width()) fit();
 }
 
-/// A part became wider or narrower; what fit() itself changes is known.
+/// A part became wider or narrower. What fit() itself changes comes here again, and ends there.
 bool TransportRow::event(QEvent* event) {
   const bool done = QWidget::event(event);
-  if (event->type() == QEvent::LayoutRequest && layout()->minimumSize().width() != needs_) fit();
+  if (event->type() != QEvent::LayoutRequest) return done;
+  const int wanted = layout()->minimumSize().width();
+  if (std::exchange(seen_, wanted) != wanted) fit();
   return done;
 }
 

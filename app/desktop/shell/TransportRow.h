@@ -97,7 +97,7 @@ class TransportRow final : public QWidget {
   int midiGlow_ = 0;
   RecordState shown_ = RecordState::NoInput;
   Room room_ = Room::Words;
-  int needs_ = 0;  ///< px that the present room takes
+  int seen_ = 0;   ///< px that the parts wanted when they changed last
   int least_ = 0;  ///< px that signs alone need; 0: that was never little enough
   bool dressed_ = false;
 };
